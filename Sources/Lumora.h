@@ -1,0 +1,102 @@
+#pragma once
+
+#include <QList>
+#include <QMutex>
+#include <QString>
+#include <QUrl>
+#include <QVariantMap>
+#include <functional>
+#include <optional>
+
+#include "Enums/ActivityType.h"
+#include "Enums/Environment.h"
+#include "Enums/RequestStatusError.h"
+#include "Platform/Bundle.h"
+#include "lumorasdk_export.h"
+
+namespace LumoraSDK {
+
+struct Channel;
+struct UserInput;
+
+/// The SDK's entry point. A host calls initialize() once per process with its API key, then
+/// setUserDetails() for its signed-in user; logout() forgets the user.
+///
+///     Lumora::sharedInstance().initialize(QStringLiteral("my-key"), [] { /* ready */ });
+class LUMORASDK_EXPORT Lumora {
+public:
+    using Completion = std::function<void()>;
+    using ErrorCallback = std::function<void(const RequestError&)>;
+
+    /// Notification names; only onChannelMediaReady carries user info ("mediaIndex", "isReady").
+    static const QString sdkDidInit;
+    static const QString userIdDidChange;
+    static const QString openChannelDidChange;
+    static const QString onChannelMediaReady;
+
+    /// The process-wide instance; creating it installs the fonts packaged with the SDK.
+    static Lumora& sharedInstance();
+
+    /// Resolves the environment from the host's "LumoraEnvironment" property (default
+    /// Production), stores the key, computes the API base URL and posts sdkDidInit. Calls
+    /// onComplete synchronously; never fails, so onError is never called.
+    void initialize(const QString& apiKey, const Completion& onComplete,
+                    const ErrorCallback& onError = {});
+    /// Registers the user and stores the access token. While a token is held, updates the
+    /// user's external id instead, and then neither callback is called. Callbacks run on the
+    /// network thread.
+    void setUserDetails(const UserInput& userInput, Completion onComplete, ErrorCallback onError);
+    /// Restores the registered defaults, clears the credentials, then calls onComplete.
+    void logout(const Completion& onComplete);
+
+    /// The SDK resource bundle's version; absent when missing or exactly "1.0.0".
+    static std::optional<QString> version();
+    static std::optional<Environment> currentEnvironment();
+    /// The stored user id; the empty string when none is stored.
+    static std::optional<QString> currentUserId();
+    static std::optional<QString> currentApiKey();
+    /// True for a 9:16 screen (within 0.001).
+    static bool isScreenStandardPortrait();
+    /// Width over height of the primary screen; 0 without one.
+    static double screenAspectRatio();
+    /// The SDK's resource bundle: images, scenes and fonts.
+    static std::optional<Bundle> resourceBundle();
+
+    /// The API base URL: computed on first read, recomputed by initialize().
+    std::optional<QUrl> baseApiUrl();
+    std::optional<QUrl> getBaseApiUrl() const;
+    /// CFBundleName of the SDK's own info dictionary.
+    std::optional<QString> bundleName();
+    std::optional<QVariantMap> getFrameworkProperties();
+    std::optional<QVariantMap> getAppProperties() const;
+    std::optional<QString> getResourceBundlePathAsFramework();
+    void installBundledFonts();
+    static void installFont(const QString& name, const Bundle& bundle);
+
+    /// How log lines name this object.
+    static QString description() { return QStringLiteral("LumoraSDK.Lumora"); }
+
+    // Content API requests. Callbacks run on the network thread, except the immediate Unknown
+    // failure of a POST whose URL cannot be formed, which runs on the caller's thread.
+    void requestSetUserDetails(const UserInput& userInput, Completion onComplete,
+                               ErrorCallback onError);
+    void requestUpdateUserDetails(const UserInput& userInput, Completion onComplete,
+                                  ErrorCallback onError);
+    void requestGetChannels(std::function<void(const QList<Channel>&)> onComplete,
+                            ErrorCallback onError);
+    void requestRecordViewingHistory(const QString& pageId, const QString& channelId,
+                                     Completion onComplete, ErrorCallback onError);
+    void requestRecordActivity(ActivityType type, const QString& pageId, const QString& channelId,
+                               Completion onComplete, ErrorCallback onError);
+
+private:
+    Lumora();
+    void updateUserDetails(const UserInput& userInput);
+    static std::optional<Bundle> resourceBundleNamed(const std::optional<QString>& name);
+
+    QMutex m_mutex;
+    std::optional<std::optional<QUrl>> m_baseApiUrl;
+    std::optional<std::optional<QString>> m_bundleName;
+};
+
+}  // namespace LumoraSDK

@@ -1,0 +1,129 @@
+#include <QCoreApplication>
+#include <QTest>
+#include <QThread>
+
+#include "Platform/Scheduler.h"
+
+using namespace LumoraSDK;
+
+class SchedulerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() { Scheduler::setCurrent(&m_clock); }
+    void cleanup() {
+        Scheduler::setCurrent(nullptr);
+        m_clock.advance(3600);  // drain whatever a test left behind
+    }
+
+    void firesInOrderOfDueTimeThenScheduling() {
+        QStringList fired;
+        MainQueue::asyncAfter(0.3, [&] { fired << QStringLiteral("c"); });
+        MainQueue::asyncAfter(0.1, [&] { fired << QStringLiteral("a"); });
+        MainQueue::async([&] { fired << QStringLiteral("first"); });
+        MainQueue::asyncAfter(0.1, [&] { fired << QStringLiteral("b"); });
+        QVERIFY(fired.isEmpty());  // nothing runs until time moves
+        m_clock.advance(0.1);
+        QCOMPARE(fired, QStringList({"first", "a", "b"}));
+        m_clock.advance(0.2);
+        QCOMPARE(fired, QStringList({"first", "a", "b", "c"}));
+        QCOMPARE(m_clock.pendingCount(), 0);
+    }
+
+    void workScheduledWhileAdvancingFiresWithinTheSpan() {
+        QList<double> times;
+        const double start = m_clock.now();
+        MainQueue::asyncAfter(0.05, [&] {
+            times << m_clock.now() - start;
+            MainQueue::asyncAfter(0.05, [&] { times << m_clock.now() - start; });
+            MainQueue::asyncAfter(0.5, [&] { times << m_clock.now() - start; });
+        });
+        m_clock.advance(0.2);
+        QCOMPARE(times.size(), 2);
+        QCOMPARE(std::llround(times[0] * 1e6), 50000LL);
+        QCOMPARE(std::llround(times[1] * 1e6), 100000LL);
+        QCOMPARE(std::llround((m_clock.now() - start) * 1e6), 200000LL);
+        m_clock.advance(0.35);
+        QCOMPARE(times.size(), 3);
+        QCOMPARE(std::llround(times[2] * 1e6), 550000LL);
+    }
+
+    void repeatingTimerCountsTicksExactly_data() {
+        QTest::addColumn<double>("interval");
+        QTest::addColumn<double>("span");
+        QTest::addColumn<bool>("fireAtOnce");
+        QTest::addColumn<int>("ticks");
+        QTest::newRow("hold timer: 59 ticks in 0.58 s plus the immediate one")
+            << 0.01 << 0.58 << true << 59;
+        QTest::newRow("hold timer: 60 ticks in 0.59 s plus the immediate one")
+            << 0.01 << 0.59 << true << 60;
+        QTest::newRow("progress: 100 ticks of 0.05 s in 4.95 s") << 0.05 << 4.95 << true << 100;
+        QTest::newRow("without firing at once") << 0.05 << 1.0 << false << 20;
+        QTest::newRow("just short of the first interval") << 0.05 << 0.049999 << false << 0;
+    }
+
+    void repeatingTimerCountsTicksExactly() {
+        QFETCH(double, interval);
+        QFETCH(double, span);
+        QFETCH(bool, fireAtOnce);
+        QFETCH(int, ticks);
+        int count = 0;
+        Timer timer = Scheduler::current().repeating(interval, [&] { ++count; });
+        if (fireAtOnce) {
+            timer.fire();
+        }
+        m_clock.advance(span);
+        QCOMPARE(count, ticks);
+        QVERIFY(timer.isValid());
+        timer.invalidate();
+        m_clock.advance(10);
+        QCOMPARE(count, ticks);
+    }
+
+    void timerInvalidatedFromItsOwnCallbackStops() {
+        int count = 0;
+        Timer timer;
+        timer = Scheduler::current().repeating(0.05, [&] {
+            if (++count == 3) {
+                timer.invalidate();
+            }
+        });
+        m_clock.advance(1);
+        QCOMPARE(count, 3);
+        QCOMPARE(m_clock.pendingCount(), 0);
+    }
+
+    void cancelledWorkNeverRunsAndFiredOneShotIsSpent() {
+        int runs = 0;
+        Timer cancelled = MainQueue::asyncAfter(0.35, [&] { ++runs; });
+        cancelled.invalidate();
+        Timer fired = MainQueue::asyncAfter(0.35, [&] { runs += 10; });
+        fired.fire();
+        QVERIFY(!fired.isValid());
+        m_clock.advance(1);
+        QCOMPARE(runs, 10);
+    }
+
+    void productionSchedulerRunsOnTheApplicationThread() {
+        Scheduler::setCurrent(nullptr);
+        QThread* ranOn = nullptr;
+        std::atomic<bool> done{false};
+        QThread* worker = QThread::create([&] {
+            MainQueue::async([&] {
+                ranOn = QThread::currentThread();
+                done = true;
+            });
+        });
+        worker->start();
+        QTRY_VERIFY(done.load());
+        worker->wait();
+        delete worker;
+        QCOMPARE(ranOn, QCoreApplication::instance()->thread());
+    }
+
+private:
+    ManualScheduler m_clock;
+};
+
+QTEST_GUILESS_MAIN(SchedulerTest)
+#include "tst_scheduler.moc"
