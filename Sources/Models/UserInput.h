@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+#include <optional>
+
+#include "Models/Serializable.h"
+#include "lumorasdk_export.h"
+
+namespace LumoraSDK {
+
+/// The host's details about its user, passed to the facade's user-details call.
+struct LUMORASDK_EXPORT UserInput {
+    std::optional<QString> externalId{};  // "externalId": the host's own id for its user
+
+    static std::optional<UserInput> fromJson(const QJsonObject& json);
+    QJsonObject serialize() const;
+
+    /// `UserInput(externalId: Optional("abc"))`, or `UserInput(externalId: nil)` without an id;
+    /// log lines print a user input this way.
+    QString description() const;
+
+    friend bool operator==(const UserInput&, const UserInput&) = default;
+};
+
+static_assert(Serializable<UserInput>);
+
+}  // namespace LumoraSDK

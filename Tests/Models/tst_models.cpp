@@ -1,0 +1,329 @@
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+#include "Extensions/ColorExtensions.h"
+#include "Models/Authorization.h"
+#include "Models/Branding.h"
+#include "Models/Channel.h"
+#include "Models/DemoData.h"
+#include "Models/UserInput.h"
+#include "TestSupport.h"
+
+using namespace LumoraSDK;
+
+namespace {
+// Child mode: decode the channel in this variable, then report having survived.
+constexpr const char* kChildChannelVariable = "LUMORA_TEST_DECODE_CHANNEL";
+
+QJsonObject page(const QString& id, const QJsonValue& sortOrder = QJsonValue::Undefined) {
+    QJsonObject json{{"id", id}};
+    if (!sortOrder.isUndefined()) {
+        json.insert("sortOrder", sortOrder);
+    }
+    return json;
+}
+
+// Decodes `json` as `entity` and serializes it again; no value when it does not decode.
+std::optional<QJsonObject> reserialized(const QString& entity, const QJsonObject& json) {
+    const auto run = [](auto decoded) -> std::optional<QJsonObject> {
+        return decoded ? std::optional(decoded->serialize()) : std::nullopt;
+    };
+    if (entity == "page")
+        return run(Page::fromJson(json));
+    if (entity == "channel")
+        return run(Channel::fromJson(json));
+    if (entity == "authorization")
+        return run(Authorization::fromJson(json));
+    if (entity == "userInput")
+        return run(UserInput::fromJson(json));
+    if (entity == "branding")
+        return run(Branding::fromJson(json));
+    return run(DemoData::fromJson(json));
+}
+
+QJsonArray deeplyNested(int depth) {
+    QJsonArray value{1};
+    for (int i = 0; i < depth; ++i) {
+        value = QJsonArray{QJsonObject{{"url", value}}};
+    }
+    return value;
+}
+}  // namespace
+
+class ModelsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    // A field survives decoding only with its exact key and JSON type; anything else is absent.
+    void fieldTypes_data() {
+        QTest::addColumn<QString>("entity");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QJsonValue>("value");
+        QTest::addColumn<bool>("kept");
+        const auto row = [](const char* name, const char* entity, const char* key,
+                            const QJsonValue& value, bool kept) {
+            QTest::newRow(name) << QString(entity) << QString(key) << value << kept;
+        };
+        row("type video", "page", "type", "video", true);
+        row("type capitalised", "page", "type", "Video", false);
+        row("duration integral double", "page", "duration", 7.0, true);
+        row("duration fraction", "page", "duration", 3.5, false);
+        row("duration text", "page", "duration", "3", false);
+        row("duration boolean", "page", "duration", true, false);
+        row("duration beyond int", "page", "duration", 1e10, false);
+        row("url number", "page", "url", 4, false);
+        row("url deeply nested", "page", "url", deeplyNested(5000), false);
+        row("showSwipeUpUi false", "page", "showSwipeUpUi", false, true);
+        row("showSwipeUpUi one", "page", "showSwipeUpUi", 1, false);
+        row("showSwipeUpUi text", "page", "showSwipeUpUi", "true", false);
+        row("showSwipeUpUI spelled as field", "page", "showSwipeUpUI", true, false);
+        row("sortOrder negative", "page", "sortOrder", -2, true);
+        row("status capitalised", "page", "status", "READ", false);
+        row("isSkippable spelled as field", "page", "isSkippable", true, false);
+        row("channel title number", "channel", "title", 1, false);
+        row("channel initialPage text", "channel", "initialPage", "2", false);
+        row("channel status padded", "channel", "status", "read ", false);
+        row("channel isPlaceholder", "channel", "isPlaceholder", true, false);
+        row("expires_in text", "authorization", "expires_in", "3600", false);
+        row("externalId number", "userInput", "externalId", 42, false);
+        row("secondaryColor null", "branding", "secondaryColor", QJsonValue::Null, false);
+        row("demo secret number", "demo", "secret", 42, false);
+        row("demo themeColorHex number", "demo", "themeColorHex", 0xc5c5c5, false);
+    }
+    void fieldTypes() {
+        QFETCH(QString, entity);
+        QFETCH(QString, key);
+        QFETCH(QJsonValue, value);
+        QFETCH(bool, kept);
+        // The unknown key keeps the object non-empty and must itself be ignored.
+        const auto output = reserialized(entity, {{key, value}, {"unknownMarker", 1}});
+        QVERIFY(output);
+        QJsonObject expected = kept ? QJsonObject{{key, value}} : QJsonObject{};
+        if (entity == "channel") {
+            expected.insert("pages", QJsonArray());
+        }
+        QCOMPARE(*output, expected);
+    }
+
+    // Decoding and serializing again gives the same object: enums as raw texts, absent fields
+    // left out, pages in order.
+    void roundTrip_data() {
+        QTest::addColumn<QString>("entity");
+        QTest::addColumn<QJsonObject>("json");
+        QTest::newRow("page, every field") << "page"
+                                           << QJsonObject{{"type", "video"},
+                                                          {"duration", 15},
+                                                          {"url", "https://a/v.mp4"},
+                                                          {"swipeUpText", "Shop"},
+                                                          {"swipeUpUrl", "https://s"},
+                                                          {"showSwipeUpUi", true},
+                                                          {"playcardUrl", "https://a/v.jpg"},
+                                                          {"sortOrder", 4},
+                                                          {"id", "p4"},
+                                                          {"status", "read"},
+                                                          {"skippable", false}};
+        QTest::newRow("page without url") << "page" << QJsonObject{{"type", "image"}, {"id", "p"}};
+        QTest::newRow("page, huge url") << "page" << QJsonObject{{"url", QString(8 << 20, 'x')}};
+        QTest::newRow("channel") << "channel"
+                                 << QJsonObject{{"title", "News"},
+                                                {"id", "c1"},
+                                                {"initialPage", 2},
+                                                {"profilePictureUrl", "https://p"},
+                                                {"status", "unread"},
+                                                {"pages", QJsonArray{page("a", 1), page("b", 2)}}};
+        QTest::newRow("authorization")
+            << "authorization" << QJsonObject{{"access_token", "t"}, {"expires_in", 60}};
+        QTest::newRow("access_token only") << "authorization" << QJsonObject{{"access_token", "t"}};
+        QTest::newRow("userInput") << "userInput" << QJsonObject{{"externalId", "u-1"}};
+        QTest::newRow("default branding") << "branding" << Branding::defaultColors.serialize();
+    }
+    void roundTrip() {
+        QFETCH(QString, entity);
+        QFETCH(QJsonObject, json);
+        QCOMPARE(reserialized(entity, json), json);
+    }
+
+    void emptyObjects_data() {
+        QTest::addColumn<QString>("entity");
+        QTest::addColumn<bool>("decodes");
+        for (const char* entity : {"page", "channel", "authorization", "userInput", "branding"}) {
+            QTest::addRow("%s", entity) << QString(entity) << false;
+        }
+        QTest::newRow("demo data needs only an object") << QStringLiteral("demo") << true;
+    }
+    void emptyObjects() {
+        QFETCH(QString, entity);
+        QFETCH(bool, decodes);
+        QCOMPARE(reserialized(entity, {}).has_value(), decodes);
+    }
+
+    void channelPages_data() {
+        QTest::addColumn<QJsonValue>("pages");
+        QTest::addColumn<QStringList>("expectedIds");
+        QTest::newRow("sorted ascending")
+            << QJsonValue(QJsonArray{page("c", 3), page("a", 1), page("b", 2)})
+            << QStringList{"a", "b", "c"};
+        QTest::newRow("equal orders keep delivered order")
+            << QJsonValue(QJsonArray{page("x", 1), page("y", 0), page("z", 1)})
+            << QStringList{"y", "x", "z"};
+        QJsonArray many;
+        QStringList byOrder[3];
+        for (int i = 0; i < 60; ++i) {
+            many.append(page(QString::number(i), 2 - i % 3));
+            byOrder[2 - i % 3].append(QString::number(i));
+        }
+        QTest::newRow("sixty pages, stable")
+            << QJsonValue(many) << byOrder[0] + byOrder[1] + byOrder[2];
+        QTest::newRow("empty page dropped")
+            << QJsonValue(QJsonArray{page("b", 2), QJsonObject(), page("a", 1)})
+            << QStringList{"a", "b"};
+        QTest::newRow("lone page needs no sortOrder")
+            << QJsonValue(QJsonArray{page("a"), QJsonObject()}) << QStringList{"a"};
+        QTest::newRow("non-object element")
+            << QJsonValue(QJsonArray{page("a", 1), 5}) << QStringList();
+        QTest::newRow("object, not a list") << QJsonValue(page("a", 1)) << QStringList();
+    }
+    void channelPages() {
+        QFETCH(QJsonValue, pages);
+        QFETCH(QStringList, expectedIds);
+        const auto channel = Channel::fromJson({{"id", "c1"}, {"pages", pages}});
+        QStringList ids;
+        for (const Page& p : channel->pages) {
+            ids.append(p.id.value_or("<none>"));
+        }
+        QCOMPARE(ids, expectedIds);
+    }
+
+    // Every page of a multi-page channel must have "sortOrder"; otherwise the process stops,
+    // naming the channel.
+    void missingSortOrderStopsTheProcess_data() {
+        QTest::addColumn<QJsonObject>("channel");
+        QTest::addColumn<QString>("named");
+        QTest::newRow("first page")
+            << QJsonObject{{"id", "ch-9"}, {"pages", QJsonArray{page("p"), page("q", 1)}}}
+            << "channel \"ch-9\"";
+        QTest::newRow("last of three")
+            << QJsonObject{{"id", "ch-9"},
+                           {"pages", QJsonArray{page("q", 1), page("r", 2), page("p")}}}
+            << "channel \"ch-9\"";
+        QTest::newRow("text sortOrder, no id")
+            << QJsonObject{{"pages", QJsonArray{page("q", "1"), page("r", 2)}}} << "channel nil";
+    }
+    void missingSortOrderStopsTheProcess() {
+        QFETCH(QJsonObject, channel);
+        QFETCH(QString, named);
+        const QString json = QJsonDocument(channel).toJson(QJsonDocument::Compact);
+        const auto child = LumoraTest::runSelf(
+            {}, {QString(kChildChannelVariable) + '=' + json, "QT_FORCE_STDERR_LOGGING=1"});
+        QVERIFY2(child.crashed, qPrintable(child.standardOutput));
+        QVERIFY2(child.standardError.contains(named + " has a page without \"sortOrder\""),
+                 qPrintable(child.standardError));
+    }
+
+    void channelIdentityIsTheId() {
+        QCOMPARE((Channel{.title = "A", .id = "c1"}), (Channel{.title = "B", .id = "c1"}));
+        QCOMPARE(Channel{}, Channel{.title = "x"});
+        QVERIFY(!(Channel{.id = "c1"} == Channel{}));
+    }
+
+    void hexToColor_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<double>("alpha");
+        QTest::addColumn<QColor>("expected");
+        QTest::newRow("#c5c5c5") << "#c5c5c5" << 1.0 << QColor(197, 197, 197);
+        QTest::newRow("no #") << "c5c5c5" << 1.0 << QColor(197, 197, 197);
+        QTest::newRow("two #, upper case") << "##F5C92C" << 1.0 << QColor(245, 201, 44);
+        QTest::newRow("empty") << "" << 1.0 << QColor(0, 0, 0);
+        QTest::newRow("xyz") << "xyz" << 1.0 << QColor(0, 0, 0);
+        QTest::newRow("leading space") << " #ffffff" << 1.0 << QColor(0, 0, 0);
+        QTest::newRow("eight digits: last six") << "#11223344" << 1.0 << QColor(0x22, 0x33, 0x44);
+        QTest::newRow("stops at non-digit") << "#12345g" << 1.0 << QColor(0x01, 0x23, 0x45);
+        QTest::newRow("0x prefix") << "0xff8800" << 1.0 << QColor(0xff, 0x88, 0x00);
+        QTest::newRow("overflow saturates") << QString(20, '9') << 1.0 << QColor(255, 255, 255);
+        QTest::newRow("alpha kept") << "#ff0000" << 0.5 << QColor::fromRgbF(1, 0, 0, 0.5);
+        QTest::newRow("alpha clamped") << "#ff0000" << 3.0 << QColor(255, 0, 0);
+    }
+    void hexToColor() {
+        QFETCH(QString, text);
+        QFETCH(double, alpha);
+        QFETCH(QColor, expected);
+        QCOMPARE(colorFromHexString(text, alpha), expected);
+    }
+
+    void colorToHex_data() {
+        QTest::addColumn<QColor>("color");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("(1, 0.5, 0) truncates") << QColor::fromRgbF(1, 0.5f, 0) << "#ff7f00";
+        QTest::newRow("0.999 truncates") << QColor::fromRgbF(0.999f, 0, 0) << "#fe0000";
+        QTest::newRow("alpha dropped") << QColor(0x12, 0x34, 0x56, 0x10) << "#123456";
+        QTest::newRow("hsv red") << QColor::fromHsv(0, 255, 255) << "#ff0000";
+    }
+    void colorToHex() {
+        QFETCH(QColor, color);
+        QFETCH(QString, expected);
+        QCOMPARE(toHexString(color), expected);
+    }
+
+    void hexRoundTripsEveryComponentValue() {
+        for (int v = 0; v < 256; ++v) {
+            const QString text = QString::asprintf("#%02x%02x%02x", v, 255 - v, v / 2);
+            QCOMPARE(toHexString(colorFromHexString(text)), text);
+        }
+    }
+
+    void userInputDescription_data() {
+        QTest::addColumn<QVariant>("externalId");  // null: no id
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("id") << QVariant("abc") << "UserInput(externalId: Optional(\"abc\"))";
+        QTest::newRow("nil") << QVariant() << "UserInput(externalId: nil)";
+        QTest::newRow("quote") << QVariant("a\"b") << "UserInput(externalId: Optional(\"a\\\"b\"))";
+    }
+    void userInputDescription() {
+        QFETCH(QVariant, externalId);
+        QFETCH(QString, expected);
+        const UserInput input{externalId.isNull() ? std::nullopt
+                                                  : std::optional(externalId.toString())};
+        QCOMPARE(input.description(), expected);
+    }
+
+    void demoData() {
+        const QJsonObject texts{{"demoAppHeaderImageUrl", "h"},
+                                {"demoAppFooterImageUrl", "f"},
+                                {"demoAppTabBarImageUrl", "t"},
+                                {"secret", "k"},
+                                {"title", "Demo"},
+                                {"appStoreIdentifier", "123"},
+                                {"id", "d1"},
+                                {"platform", "ios"}};
+        QJsonObject json = texts;
+        json.insert("themeColorHex", "#c5c5c5");
+        const auto data = DemoData::fromJson(json);
+        QCOMPARE(data->apiKey, "k");
+        QCOMPARE(data->topContentImageUrl, "h");
+        QCOMPARE(data->themeColor, QColor(197, 197, 197));
+        // The colour is written as itself, so it does not read back; the texts all do.
+        const auto reread = DemoData::fromJson(data->serialize());
+        QCOMPARE(reread->themeColor, std::nullopt);
+        QCOMPARE(reread->serialize(), texts);
+        QCOMPARE(DemoData{.title = "Only"}.serialize(), (QJsonObject{{"title", "Only"}}));
+        QCOMPARE(DemoData::fromJson(std::nullopt), std::nullopt);
+    }
+};
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    if (qEnvironmentVariableIsSet(kChildChannelVariable)) {
+        const auto json = QJsonDocument::fromJson(qgetenv(kChildChannelVariable)).object();
+        const auto channel = Channel::fromJson(json);
+        printf("decoded %lld pages\n",
+               channel ? static_cast<long long>(channel->pages.size()) : -1);
+        return 0;
+    }
+    ModelsTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_models.moc"
