@@ -11,13 +11,12 @@
 #include "Enums/ActivityType.h"
 #include "Enums/Environment.h"
 #include "Enums/RequestStatusError.h"
+#include "Models/Channel.h"
+#include "Models/UserInput.h"
 #include "Platform/Bundle.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {
-
-struct Channel;
-struct UserInput;
 
 /// The SDK's entry point. A host calls initialize() once per process with its API key, then
 /// setUserDetails() for its signed-in user; logout() forgets the user.

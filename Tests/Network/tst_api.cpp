@@ -1,0 +1,264 @@
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QSet>
+
+#include "ApiTestCase.h"
+#include "Extensions/ChannelListExtensions.h"
+#include "Models/Channel.h"
+#include "Models/UserInput.h"
+#include "Platform/NotificationCenter.h"
+#include "Services/AnalyticsService.h"
+#include "Services/NetworkingService.h"
+#include "TestSupport.h"
+
+using namespace LumoraSDK;
+using LumoraTest::Outcome;
+
+namespace {
+UserDefaults& store() {
+    return DatabaseService::sharedInstance().userDefaults();
+}
+
+QJsonObject lastBody(const LumoraTest::DevServer& server) {
+    return QJsonDocument::fromJson(server.requests()
+                                       .last()
+                                       .toObject()
+                                       .value(QStringLiteral("body"))
+                                       .toString()
+                                       .toUtf8())
+        .object();
+}
+}  // namespace
+
+class ApiTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        qputenv("LUMORA_SDK_LOG_LEVEL", "1");
+        UserDefaults::setStandardLocation(m_dir.filePath(QStringLiteral("defaults.json")));
+        QVERIFY(m_server.isRunning());
+        LumoraTest::pointSdkAt(m_server.baseUrl(), m_dir);
+    }
+
+    void init() {
+        m_server.reset();
+        Lumora::sharedInstance().logout([] {});
+        Lumora::sharedInstance().initialize(m_server.apiKey(), [] {});
+    }
+
+    void registrationStoresTheTokenAndPostsTheUserChangeFirst() {
+        QStringList order;
+        int observer = 0;
+        NotificationCenter::defaultCenter().addObserver(
+            &observer, Lumora::userIdDidChange, [&](const Notification&) {
+                order << QStringLiteral("user changed, %1 requests sent")
+                             .arg(m_server.requests().size());
+            });
+        Outcome<bool> done;
+        Lumora::sharedInstance().setUserDetails(
+            UserInput{QStringLiteral("viewer-1")}, [&] { done.set(true); },
+            [&](const RequestError&) { done.set(false); });
+        NotificationCenter::defaultCenter().removeObserver(&observer);
+        QTRY_COMPARE(done.calls.load(), 1);
+        QVERIFY(done.get());
+        QVERIFY(!done.onMainThread);
+        QCOMPARE(order, QStringList({"user changed, 0 requests sent"}));
+
+        const QJsonObject request = m_server.requests().last().toObject();
+        QCOMPARE(request.value(QStringLiteral("path")).toString(), QStringLiteral("/api/auth"));
+        QCOMPARE(lastBody(m_server),
+                 QJsonObject({{QStringLiteral("externalId"), QStringLiteral("viewer-1")}}));
+        QVERIFY(!store().string(DatabaseService::Key::accessToken).value_or(QString()).isEmpty());
+        QCOMPARE(Lumora::currentUserId(), std::optional<QString>(QStringLiteral("viewer-1")));
+
+        // With a token held, a second call only updates the external id and reports nothing.
+        Outcome<bool> second;
+        Lumora::sharedInstance().setUserDetails(
+            UserInput{QStringLiteral("viewer-2")}, [&] { second.set(true); },
+            [&](const RequestError&) { second.set(false); });
+        QTRY_COMPARE(m_server.requests().size(), 2);
+        QCOMPARE(m_server.requests().last().toObject().value(QStringLiteral("path")).toString(),
+                 QStringLiteral("/api/app/user/updateExternalId"));
+        QCOMPARE(lastBody(m_server),
+                 QJsonObject({{QStringLiteral("externalId"), QStringLiteral("viewer-2")}}));
+        QTRY_VERIFY(m_server.requests().last().toObject().value(QStringLiteral("status")).toInt() ==
+                    200);
+        QCoreApplication::processEvents();
+        QCOMPARE(second.calls.load(), 0);
+    }
+
+    void registrationAnswers_data() {
+        QTest::addColumn<QJsonObject>("fault");
+        QTest::addColumn<bool>("succeeds");
+        QTest::addColumn<bool>("tokenKept");
+        QTest::newRow("answer without access_token removes the token")
+            << QJsonObject{{QStringLiteral("body"), QStringLiteral(R"({"expires_in": 10})")}}
+            << true << false;
+        QTest::newRow("204 without a body")
+            << QJsonObject{{QStringLiteral("status"), 204}, {QStringLiteral("body"), QString()}}
+            << false << true;
+        QTest::newRow("empty object")
+            << QJsonObject{{QStringLiteral("body"), QStringLiteral("{}")}} << false << true;
+        QTest::newRow("a list") << QJsonObject{{QStringLiteral("body"), QStringLiteral("[]")}}
+                                << false << true;
+    }
+
+    void registrationAnswers() {
+        QFETCH(QJsonObject, fault);
+        QFETCH(bool, succeeds);
+        QFETCH(bool, tokenKept);
+        store().setValue(DatabaseService::Key::accessToken, QStringLiteral("old-token"));
+        m_server.setFault(QStringLiteral("/api/auth"), fault);
+        LumoraTest::LogCapture log;
+        Outcome<QString> outcome;
+        Lumora::sharedInstance().requestSetUserDetails(
+            UserInput{}, [&] { outcome.set(QStringLiteral("ok")); },
+            [&](const RequestError& e) { outcome.set(errorDescription(e).value_or(QString())); });
+        QTRY_COMPARE(outcome.calls.load(), 1);
+        QCOMPARE(outcome.get() == QLatin1String("ok"), succeeds);
+        if (!succeeds) {
+            QCOMPARE(outcome.get(), QStringLiteral("Cannot convert json to Authorization entity."));
+            QVERIFY(
+                log.contains(QStringLiteral("requestSetUserDetails(_:onComplete:onError:) - cannot "
+                                            "convert data to Authorization.")));
+        }
+        QCOMPARE(store().string(DatabaseService::Key::accessToken),
+                 tokenKept ? std::optional<QString>(QStringLiteral("old-token")) : std::nullopt);
+        QCOMPARE(lastBody(m_server), QJsonObject());  // no external id: an empty object
+    }
+
+    void channelsArriveDecodedInServerOrder() {
+        registerUser(QStringLiteral("viewer-3"));
+        Outcome<QList<Channel>> outcome;
+        Lumora::sharedInstance().requestGetChannels(
+            [&](const QList<Channel>& list) { outcome.set(list); }, [&](const RequestError&) {});
+        QTRY_COMPARE(outcome.calls.load(), 1);
+        const QList<Channel> channels = outcome.get();
+        QVERIFY(channels.size() >= 8);
+        const QJsonArray served =
+            QJsonDocument::fromJson(fetch(QStringLiteral("/api/app/channel/channelsForUser")))
+                .array();
+        QCOMPARE(channels.size(), served.size());
+        for (int i = 0; i < channels.size(); ++i) {
+            QCOMPARE(channels[i].id,
+                     std::optional<QString>(served[i][QStringLiteral("id")].toString()));
+            QVERIFY(!channels[i].pages.isEmpty());
+        }
+        QVERIFY(std::any_of(channels.begin(), channels.end(),
+                            [](const Channel& c) { return c.isRead(); }));
+        QVERIFY(std::any_of(channels.begin(), channels.end(),
+                            [](const Channel& c) { return c.pages.size() == 12; }));
+    }
+
+    void unauthorizedChannelListIsAnErrorNotAnEmptyList() {
+        Outcome<int> outcome;
+        Lumora::sharedInstance().requestGetChannels(
+            [&](const QList<Channel>&) { outcome.set(-1); },
+            [&](const RequestError& e) { outcome.set(int(std::get<RequestStatusError>(e))); });
+        QTRY_COMPARE(outcome.calls.load(), 1);
+        QCOMPARE(outcome.get(), int(RequestStatusError::Unauthorized));
+    }
+
+    void reportsCarryTheirExactKeys() {
+        registerUser(QStringLiteral("viewer-4"));
+        Outcome<bool> history;
+        Lumora::sharedInstance().requestRecordViewingHistory(
+            QStringLiteral("page-1"), QStringLiteral("chan-1"), [&] { history.set(true); },
+            [&](const RequestError&) { history.set(false); });
+        QTRY_COMPARE(history.calls.load(), 1);
+        QVERIFY(history.get());
+        AnalyticsService::sharedInstance().trackActivity(ActivityType::SwipedUp, std::nullopt,
+                                                         std::nullopt);
+        AnalyticsService::sharedInstance().trackActivity(
+            ActivityType::SkippedPage, QStringLiteral("chan-1"), QStringLiteral("page-1"));
+        QTRY_COMPARE(m_server.events().size(), 3);
+        const QJsonArray events = m_server.events();
+        QCOMPARE(events[0][QStringLiteral("body")].toObject(),
+                 QJsonObject({{QStringLiteral("pageStoryId"), QStringLiteral("page-1")},
+                              {QStringLiteral("ChannelStoryId"), QStringLiteral("chan-1")}}));
+        // Activities may arrive in either order; each is recorded once.
+        QSet<QString> activities;
+        for (int i = 1; i < 3; ++i) {
+            const QJsonObject body = events[i][QStringLiteral("body")].toObject();
+            QCOMPARE(body.keys(),
+                     QStringList({"activityItemType", "channelStoryId", "pageStoryId"}));
+            activities << QString::fromUtf8(QJsonDocument(body).toJson(QJsonDocument::Compact));
+        }
+        QVERIFY(activities.contains(
+            R"({"activityItemType":"swipeUpOnPage","channelStoryId":"","pageStoryId":""})"));
+        QVERIFY(activities.contains(
+            R"({"activityItemType":"skipPage","channelStoryId":"chan-1","pageStoryId":"page-1"})"));
+    }
+
+    void failedActivityIsLoggedAndDropped() {
+        registerUser(QStringLiteral("viewer-5"));
+        m_server.setFault(QStringLiteral("/api/app/activity/recordActivity"),
+                          {{QStringLiteral("status"), 500}});
+        LumoraTest::LogCapture log;
+        AnalyticsService::sharedInstance().trackActivity(ActivityType::OpenedChannel,
+                                                         QStringLiteral("c"), QStringLiteral("p"));
+        QTRY_VERIFY(log.contains(
+            QStringLiteral("LumoraSDK.AnalyticsService - trackActivity - requestRecordActivity "
+                           "openedChannel RequestStatusError.InternalServerError")));
+        QCOMPARE(m_server.events().size(), 0);
+    }
+
+    void readStateFromTheServerAndFromViewing() {
+        registerUser(QStringLiteral("viewer-6"));
+        Outcome<QList<Channel>> first;
+        Lumora::sharedInstance().requestGetChannels([&](const QList<Channel>& l) { first.set(l); },
+                                                    [](const RequestError&) {});
+        QTRY_COMPARE(first.calls.load(), 1);
+        const QList<Channel> channels = first.get();
+        DatabaseService& database = DatabaseService::sharedInstance();
+        updateLocalChannelReadMapping(channels, database);
+        const QVariantMap read = database.channelIsReadMapping();
+        for (const Channel& channel : channels) {
+            QCOMPARE(read.value(channel.id.value_or(QString())).toBool(), channel.isRead());
+        }
+        // Viewing the last page of an unread channel makes the server report it read.
+        const auto unread = std::find_if(channels.begin(), channels.end(),
+                                         [](const Channel& c) { return !c.isRead(); });
+        QVERIFY(unread != channels.end());
+        Outcome<bool> viewed;
+        Lumora::sharedInstance().requestRecordViewingHistory(
+            *unread->pages.last().id, *unread->id, [&] { viewed.set(true); },
+            [&](const RequestError&) { viewed.set(false); });
+        QTRY_COMPARE(viewed.calls.load(), 1);
+        Outcome<QList<Channel>> second;
+        Lumora::sharedInstance().requestGetChannels([&](const QList<Channel>& l) { second.set(l); },
+                                                    [](const RequestError&) {});
+        QTRY_COMPARE(second.calls.load(), 1);
+        const QList<Channel> after = second.get();
+        const auto again = std::find_if(after.begin(), after.end(),
+                                        [&](const Channel& c) { return c.id == unread->id; });
+        QVERIFY(again->isRead());
+    }
+
+private:
+    void registerUser(const QString& id) {
+        Outcome<bool> done;
+        Lumora::sharedInstance().requestSetUserDetails(
+            UserInput{id}, [&] { done.set(true); }, [&](const RequestError&) { done.set(false); });
+        QTRY_COMPARE(done.calls.load(), 1);
+        QVERIFY(done.get());
+    }
+
+    QByteArray fetch(const QString& path) {
+        Outcome<QByteArray> body;
+        NetworkingService::sharedInstance().performGetRequest(
+            m_server.baseUrl() + path, std::nullopt, std::nullopt,
+            [&](const std::optional<HttpResponse>&, const std::optional<QByteArray>& data, bool) {
+                body.set(data.value_or(QByteArray()));
+            });
+        [&] { QTRY_COMPARE(body.calls.load(), 1); }();
+        return body.get();
+    }
+
+    QTemporaryDir m_dir;
+    LumoraTest::DevServer m_server;
+};
+
+QTEST_GUILESS_MAIN(ApiTest)
+#include "tst_api.moc"
