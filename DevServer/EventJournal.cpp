@@ -1,0 +1,81 @@
+#include "EventJournal.h"
+
+namespace LumoraSDK::DevServer {
+
+namespace {
+
+void append(std::deque<QJsonObject>& list, QJsonObject entry) {
+    list.push_back(std::move(entry));
+    if (list.size() > EventJournal::kMaximumEntries) {
+        list.pop_front();
+    }
+}
+
+QJsonArray toArray(const std::deque<QJsonObject>& list) {
+    QJsonArray array;
+    for (const auto& entry : list) {
+        array.append(entry);
+    }
+    return array;
+}
+
+}  // namespace
+
+int64_t EventJournal::beginRequest(const QJsonObject& request) {
+    std::lock_guard lock(m_mutex);
+    const int64_t seq = m_nextRequestSeq++;
+    QJsonObject entry = request;
+    entry.insert("seq", qint64(seq));
+    entry.insert("status", 0);
+    append(m_requests, std::move(entry));
+    return seq;
+}
+
+void EventJournal::finishRequest(int64_t seq, int status) {
+    std::lock_guard lock(m_mutex);
+    // Requests finish roughly in order, so the entry is near the end.
+    for (auto entry = m_requests.rbegin(); entry != m_requests.rend(); ++entry) {
+        if (entry->value("seq").toInteger() == seq) {
+            entry->insert("status", status);
+            return;
+        }
+    }
+}
+
+void EventJournal::recordEvent(const std::string& kind, const std::string& user,
+                               const QJsonValue& body) {
+    std::lock_guard lock(m_mutex);
+    append(m_events, QJsonObject{{"seq", qint64(m_nextEventSeq++)},
+                                 {"kind", QString::fromStdString(kind)},
+                                 {"user", QString::fromStdString(user)},
+                                 {"body", body}});
+}
+
+QJsonArray EventJournal::events() const {
+    std::lock_guard lock(m_mutex);
+    return toArray(m_events);
+}
+
+QJsonArray EventJournal::requests() const {
+    std::lock_guard lock(m_mutex);
+    return toArray(m_requests);
+}
+
+QJsonArray EventJournal::recentEvents(size_t count) const {
+    std::lock_guard lock(m_mutex);
+    QJsonArray array;
+    for (auto entry = m_events.rbegin(); entry != m_events.rend() && size_t(array.size()) < count;
+         ++entry) {
+        array.append(*entry);
+    }
+    return array;
+}
+
+void EventJournal::clear() {
+    std::lock_guard lock(m_mutex);
+    m_events.clear();
+    m_requests.clear();
+    // Sequence numbers keep counting, so a request still in flight cannot update a newer entry.
+}
+
+}  // namespace LumoraSDK::DevServer
