@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "Enums/Environment.h"
+#include "Models/Channel.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {
@@ -54,8 +55,14 @@ public:
     QVariantMap channelIsReadMapping() const;
     void setChannelIsReadMapping(const QVariantMap& mapping);
 
+    /// The channel list the row loaded last, shared with the player; kept in memory only.
+    /// GUI thread only.
+    const QList<Channel>& allChannelsData() const { return m_allChannelsData; }
+    void setAllChannelsData(const QList<Channel>& channels) { m_allChannelsData = channels; }
+
 private:
     UserDefaults& m_userDefaults;
+    QList<Channel> m_allChannelsData;
     const QVariantMap m_defaults;
 };
 
