@@ -1,0 +1,128 @@
+#include <QFile>
+#include <QGuiApplication>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrl>
+
+#include "Platform/VideoPlayerItem.h"
+#include "Services/VideoPrefetchService.h"
+#include "TestSupport.h"
+
+using namespace LumoraSDK;
+
+class VideoPrefetchTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        qputenv("LUMORA_SDK_LOG_LEVEL", "1");
+        QVERIFY(m_dir.isValid());
+        // Distinct addresses of real, playable files.
+        for (int i = 0; i < 22; ++i) {
+            const QString path = m_dir.filePath(QStringLiteral("clip-%1.mp4").arg(i));
+            QVERIFY(QFile::copy(QStringLiteral(LUMORA_SAMPLE_VIDEO), path));
+            m_urls << QUrl::fromLocalFile(path).toString();
+        }
+    }
+
+    void init() { VideoPrefetchService::prefetchVideoItems({}); }
+
+    void preparesARealFileAndHandsItOverFromTheCache() {
+        std::shared_ptr<VideoPlayerItem> item;
+        int calls = 0;
+        LumoraTest::LogCapture log;
+        VideoPrefetchService::getCachedVideoItem(m_urls[0], false,
+                                                 [&](std::shared_ptr<VideoPlayerItem> i) {
+                                                     item = std::move(i);
+                                                     ++calls;
+                                                 });
+        QVERIFY(log.contains(QStringLiteral("getCachedVideoItem - no cached AVPlayerItem for ") +
+                             m_urls[0] + QStringLiteral("! opening new stream")));
+        QTRY_COMPARE_WITH_TIMEOUT(calls, 1, 20000);
+        QVERIFY(item);
+        QCOMPARE(item->state(), VideoPlayerItem::State::Ready);
+        QVERIFY(qAbs(item->duration() - 2.0) < 0.2);
+        QVERIFY(log.contains(
+            m_urls[0] +
+            QStringLiteral(
+                " - addPrefetchVideoItem loadValuesAsynchronously key index 0: complete ")));
+
+        // The second request is answered at once with the same prepared item.
+        std::shared_ptr<VideoPlayerItem> again;
+        VideoPrefetchService::getCachedVideoItem(
+            m_urls[0], false, [&](std::shared_ptr<VideoPlayerItem> i) { again = i; });
+        QCOMPARE(again, item);
+    }
+
+    void twentyFirstAddressEvictsTheOldest() {
+        VideoPrefetchService::prefetchVideoItems(m_urls.mid(0, 20));
+        QTRY_COMPARE_WITH_TIMEOUT(VideoPrefetchService::cachedVideoUrls().size(), 20, 60000);
+        const QStringList before = VideoPrefetchService::cachedVideoUrls();
+        LumoraTest::LogCapture log;
+        std::shared_ptr<VideoPlayerItem> newest;
+        VideoPrefetchService::getCachedVideoItem(
+            m_urls[20], false, [&](std::shared_ptr<VideoPlayerItem> i) { newest = i; });
+        QVERIFY(log.contains(QStringLiteral("addPrefetchVideoItem - cache limit reached!")));
+        QVERIFY(log.contains(
+            QStringLiteral("removeCachedVideoItems - releasing item at key index 0: url ") +
+            before.first()));
+        QTRY_VERIFY_WITH_TIMEOUT(newest != nullptr, 20000);
+        QCOMPARE(VideoPrefetchService::cachedVideoUrls(), before.mid(1) + QStringList{m_urls[20]});
+    }
+
+    void cacheBookkeeping() {
+        VideoPrefetchService::prefetchVideoItems({m_urls[0], m_urls[1], m_urls[2]});
+        QTRY_COMPARE_WITH_TIMEOUT(VideoPrefetchService::cachedVideoUrls().size(), 3, 20000);
+        const QStringList order = VideoPrefetchService::cachedVideoUrls();
+
+        // Asking for a cached address answers at once and does not move its entry.
+        LumoraTest::LogCapture log;
+        int handed = 0;
+        VideoPrefetchService::getCachedVideoItem(order[0], false, [&](auto) { ++handed; });
+        QCOMPARE(handed, 1);
+        QCOMPARE(VideoPrefetchService::cachedVideoUrls(), order);
+        QCOMPARE(log.count(QStringLiteral("no cached AVPlayerItem")), 0);
+
+        // Removing twice removes once; unknown addresses are skipped silently.
+        VideoPrefetchService::removeCachedVideoItems(
+            {order[1], order[1], QStringLiteral("file:///not/cached.mp4")});
+        QCOMPARE(VideoPrefetchService::cachedVideoUrls(), QStringList({order[0], order[2]}));
+        QCOMPARE(log.count(QStringLiteral("removeCachedVideoItems - releasing item")), 1);
+    }
+
+    void invalidAddressesAreNeverCached_data() {
+        QTest::addColumn<QString>("address");
+        QTest::newRow("empty") << QString();
+        QTest::newRow("blank inside") << QStringLiteral("http://exa mple.test/v.mp4");
+        QTest::newRow("bad percent escape") << QStringLiteral("http://127.0.0.1/%zz.mp4");
+    }
+
+    void invalidAddressesAreNeverCached() {
+        QFETCH(QString, address);
+        LumoraTest::LogCapture log;
+        bool handed = false;
+        std::shared_ptr<VideoPlayerItem> item = std::make_shared<VideoPlayerItem>(QUrl(), nullptr);
+        VideoPrefetchService::getCachedVideoItem(address, false,
+                                                 [&](std::shared_ptr<VideoPlayerItem> i) {
+                                                     handed = true;
+                                                     item = i;
+                                                 });
+        QVERIFY(handed);
+        QVERIFY(!item);
+        QVERIFY(log.contains(QStringLiteral("addPrefetchVideoItem - invalid url ") + address +
+                             QStringLiteral(", do nothing")));
+        QVERIFY(VideoPrefetchService::cachedVideoUrls().isEmpty());
+    }
+
+private:
+    QTemporaryDir m_dir;
+    QStringList m_urls;
+};
+
+int main(int argc, char** argv) {
+    QGuiApplication app(argc, argv);
+    VideoPrefetchTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_videoprefetch.moc"
