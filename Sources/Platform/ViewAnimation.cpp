@@ -20,6 +20,7 @@ struct Run {
     std::function<void(double)> step;
     ViewAnimation::Completion completion;
     Timer timer;
+    Timer endTimer;
     bool done = false;
 
     void finish(bool finished) {
@@ -28,7 +29,10 @@ struct Run {
         }
         done = true;
         timer.invalidate();
-        timer = Timer();  // lets the scheduler release the last reference to this run
+        endTimer.invalidate();
+        // Lets the scheduler release the last references to this run.
+        timer = Timer();
+        endTimer = Timer();
         if (completion) {
             completion(finished);
         }
@@ -105,14 +109,24 @@ Timer ViewAnimation::animate(double duration, std::function<void(double)> step,
         if (run->done) {
             return;
         }
-        const double linear =
-            std::min(1.0, (Scheduler::current().now() - run->start) / run->duration);
-        run->step(curve.valueForProgress(linear));
-        if (linear >= 1.0) {
+        if (!run->endTimer.isValid()) {  // stopped by the caller
+            run->timer.invalidate();
+            return;
+        }
+        const double linear = (Scheduler::current().now() - run->start) / run->duration;
+        if (linear < 1.0) {
+            run->step(curve.valueForProgress(linear));
+        }
+    });
+    // The last frame lands exactly at the end, whatever the frame rhythm.
+    Timer end = Scheduler::current().after(duration, [run] {
+        if (!run->done) {
+            run->step(1.0);
             run->finish(true);
         }
     });
-    return run->timer;
+    run->endTimer = end;
+    return end;
 }
 
 }  // namespace LumoraSDK
