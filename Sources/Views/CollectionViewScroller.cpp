@@ -1,0 +1,156 @@
+#include "Views/CollectionViewScroller.h"
+
+#include <QPointer>
+#include <QQuickItem>
+#include <QScopedValueRollback>
+#include <utility>
+
+#include "Platform/ViewAnimation.h"
+#include "Views/CollectionView.h"
+#include "Views/CollectionViewDelegate.h"
+
+namespace LumoraSDK {
+
+CollectionViewScroller::CollectionViewScroller(CollectionView& view, QQuickItem& list)
+    : QObject(&view), m_view(view), m_list(list) {
+    connect(&m_list, SIGNAL(contentXChanged()), this, SLOT(onContentMoved()));
+    connect(&m_list, SIGNAL(contentYChanged()), this, SLOT(onContentMoved()));
+    connect(&m_list, SIGNAL(dragStarted()), this, SLOT(onDragStarted()));
+    connect(&m_list, SIGNAL(dragEnded()), this, SLOT(onDragEnded()));
+    connect(&m_list, SIGNAL(flickStarted()), this, SLOT(onFlickStarted()));
+    connect(&m_list, SIGNAL(movementEnded()), this, SLOT(onMovementEnded()));
+}
+
+CollectionViewScroller::~CollectionViewScroller() {
+    stop();
+}
+
+QPointF CollectionViewScroller::listPosition() const {
+    return QPointF(m_list.property("contentX").toReal(), m_list.property("contentY").toReal());
+}
+
+void CollectionViewScroller::setListPosition(const QPointF& position) {
+    if (m_view.scrollDirection() == CollectionView::ScrollDirection::horizontal) {
+        m_list.setProperty("contentX", position.x());
+    } else {
+        m_list.setProperty("contentY", position.y());
+    }
+}
+
+QPointF CollectionViewScroller::listPositionForOffset(const QPointF& offset) const {
+    // The list counts from its origin, which moves when items come before the visible ones, and
+    // puts its margins (the section insets) outside that.
+    return offset +
+           QPointF(m_list.property("originX").toReal() - m_list.property("leftMargin").toReal(),
+                   m_list.property("originY").toReal() - m_list.property("topMargin").toReal());
+}
+
+QPointF CollectionViewScroller::contentOffset() const {
+    return listPosition() - listPositionForOffset(QPointF());
+}
+
+void CollectionViewScroller::setContentOffset(const QPointF& offset, bool animated) {
+    stop();
+    const QPointF target = listPositionForOffset(offset);
+    if (animated) {
+        animate(listPosition(), target);
+    } else {
+        setListPosition(target);
+    }
+}
+
+void CollectionViewScroller::scrollToItem(int item, int positionMode, bool animated) {
+    stop();
+    const QPointF start = listPosition();
+    QPointF target;
+    {
+        // The list finds the target itself; the content jumps there and, when animating, back.
+        QScopedValueRollback<bool> quiet(m_quiet, animated);
+        QMetaObject::invokeMethod(&m_list, "positionViewAtIndex", Q_ARG(int, item),
+                                  Q_ARG(int, positionMode));
+        target = listPosition();
+        if (animated) {
+            setListPosition(start);
+        }
+    }
+    if (animated) {
+        animate(start, target);
+    }
+}
+
+void CollectionViewScroller::animate(const QPointF& from, const QPointF& to) {
+    m_animation = ViewAnimation::animate(
+        m_view.scrollAnimationDuration(),
+        [this, from, to](double progress) { setListPosition(from + (to - from) * progress); },
+        [self = QPointer<CollectionViewScroller>(this)](bool finished) {
+            if (self && finished && self->m_view.delegate()) {
+                self->m_view.delegate()->scrollViewDidEndScrollingAnimation(self->m_view);
+            }
+        });
+}
+
+void CollectionViewScroller::stop() {
+    m_animation.invalidate();
+}
+
+void CollectionViewScroller::onContentMoved() {
+    if (m_view.delegate() && !m_quiet) {
+        m_view.delegate()->scrollViewDidScroll(m_view);
+    }
+}
+
+void CollectionViewScroller::onDragStarted() {
+    stop();
+    m_userDecelerating = false;
+    if (m_view.delegate()) {
+        m_view.delegate()->scrollViewWillBeginDragging(m_view);
+    }
+}
+
+void CollectionViewScroller::onDragEnded() {
+    // Whether the content keeps moving is known only once the release has been handled: a flick
+    // starts or the movement ends within it, and a snap or a rebound shows after it.
+    m_dragEnding = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (m_dragEnding) {
+                reportDragEnd(m_list.property("moving").toBool());
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+void CollectionViewScroller::onFlickStarted() {
+    if (m_dragEnding) {
+        reportDragEnd(true);
+    }
+}
+
+void CollectionViewScroller::onMovementEnded() {
+    if (m_dragEnding) {
+        reportDragEnd(false);
+        return;
+    }
+    if (std::exchange(m_userDecelerating, false) && m_view.delegate()) {
+        m_view.delegate()->scrollViewDidEndDecelerating(m_view);
+    }
+}
+
+void CollectionViewScroller::reportDragEnd(bool willDecelerate) {
+    m_dragEnding = false;
+    m_userDecelerating = willDecelerate;
+    if (m_view.delegate()) {
+        m_view.delegate()->scrollViewDidEndDragging(m_view, willDecelerate);
+    }
+}
+
+bool CollectionViewScroller::isDragging() const {
+    return m_list.property("dragging").toBool();
+}
+
+bool CollectionViewScroller::isDecelerating() const {
+    return m_list.property("moving").toBool() && !isDragging();
+}
+
+}  // namespace LumoraSDK
