@@ -1,0 +1,8 @@
+#include "Services/AttributedStringService.h"
+
+namespace LumoraSDK {
+
+AttributedStringService::AttributedStringService() = default;
+AttributedStringService::~AttributedStringService() = default;
+
+}  // namespace LumoraSDK

@@ -1,0 +1,6 @@
+import QtQuick
+
+// Does not load: the property has no value.
+Item {
+    width:
+}
