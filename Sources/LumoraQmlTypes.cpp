@@ -3,16 +3,33 @@
 #include <QCoreApplication>
 #include <QQmlEngine>
 
+#include "Views/ChannelMediaCollectionViewCell.h"
+#include "Views/ChannelProgressCollectionViewCell.h"
+#include "Views/CollectionView.h"
 #include "Views/FrameButtonView.h"
 #include "Views/ImageView.h"
+#include "Views/LumoraRowCollectionView.h"
+#include "Views/LumoraRowView.h"
+#include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
+#include "Views/LumoraRowViewCell/LumoraRowViewCellRound.h"
+#include "Views/LumoraRowViewCell/LumoraRowViewCellSquare.h"
 
 namespace {
-void registerLumoraQmlTypes()
-{
+void registerLumoraQmlTypes() {
     using namespace LumoraSDK;
     constexpr const char* uri = "LumoraSDK";
     qmlRegisterType<ImageView>(uri, 1, 0, "ImageView");
     qmlRegisterType<FrameButtonView>(uri, 1, 0, "FrameButtonView");
+    qmlRegisterType<LumoraRowView>(uri, 1, 0, "LumoraRowView");
+    qmlRegisterType<LumoraRowCollectionView>(uri, 1, 0, "LumoraRowCollectionView");
+    qmlRegisterUncreatableType<LumoraRowViewCell>(uri, 1, 0, "LumoraRowViewCell",
+                                                  QStringLiteral("the base of the row's cells"));
+    qmlRegisterType<LumoraRowViewCellRound>(uri, 1, 0, "LumoraRowViewCellRound");
+    qmlRegisterType<LumoraRowViewCellSquare>(uri, 1, 0, "LumoraRowViewCellSquare");
+    qmlRegisterType<ChannelProgressCollectionViewCell>(uri, 1, 0,
+                                                       "ChannelProgressCollectionViewCell");
+    qmlRegisterType<ChannelMediaCollectionViewCell>(uri, 1, 0, "ChannelMediaCollectionViewCell");
+    qmlRegisterType<CollectionView>(uri, 1, 0, "CollectionView");
 }
 }  // namespace
 

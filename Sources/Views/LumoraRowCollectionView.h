@@ -1,0 +1,26 @@
+#pragma once
+
+#include <functional>
+
+#include "Views/CollectionView.h"
+#include "lumorasdk_export.h"
+
+namespace LumoraSDK {
+
+/// The row's strip. Adds a programmatic scroll that reports its end: the row scrolls to a cell
+/// this way before it opens the player from it.
+class LUMORASDK_EXPORT LumoraRowCollectionView : public CollectionView {
+    Q_OBJECT
+
+public:
+    explicit LumoraRowCollectionView(QQuickItem* parent = nullptr);
+
+    using CollectionView::scrollToItem;
+    /// Scrolls with touches and clicks turned off and runs `completion` once, when the scroll
+    /// has ended; then lets the user touch the strip again. Without animation, or for an item
+    /// the strip does not have, nothing moves over time and the completion runs at once.
+    void scrollToItem(const IndexPath& indexPath, ScrollPosition position, bool animated,
+                      std::function<void()> completion);
+};
+
+}  // namespace LumoraSDK
