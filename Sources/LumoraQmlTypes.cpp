@@ -3,8 +3,10 @@
 #include <QCoreApplication>
 #include <QQmlEngine>
 
+#include "ViewControllers/ChannelsHostViewController.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
 #include "Views/ChannelProgressCollectionViewCell.h"
+#include "Views/ChannelsCollectionViewCell.h"
 #include "Views/CollectionView.h"
 #include "Views/FrameButtonView.h"
 #include "Views/ImageView.h"
@@ -30,6 +32,9 @@ void registerLumoraQmlTypes() {
                                                        "ChannelProgressCollectionViewCell");
     qmlRegisterType<ChannelMediaCollectionViewCell>(uri, 1, 0, "ChannelMediaCollectionViewCell");
     qmlRegisterType<CollectionView>(uri, 1, 0, "CollectionView");
+    qmlRegisterType<ChannelsCollectionViewCell>(uri, 1, 0, "ChannelsCollectionViewCell");
+    // A tap on a row cell opens the full-screen player.
+    ChannelsHostViewController::installAsChannelPresenter();
 }
 }  // namespace
 

@@ -1,0 +1,134 @@
+import QtQuick
+import LumoraSDK
+
+// One channel of the full-screen player: the pages full screen, the progress bar and the
+// channel's header on top, the learn-more pill at the bottom.
+Rectangle {
+    id: root
+    color: "#000000"
+    clip: true
+
+    // Video pages play here; image pages hide it.
+    Item {
+        objectName: "videoContainerView"
+        width: root.width
+        height: root.height
+        visible: false
+    }
+
+    CollectionView {
+        objectName: "mediaCollectionView"
+        width: root.width
+        height: root.height
+    }
+
+    Rectangle {
+        objectName: "topGradient"
+        width: root.width
+        height: 140
+        gradient: Gradient {
+            GradientStop { position: 0.0; color: "#99000000" }
+            GradientStop { position: 1.0; color: "#00000000" }
+        }
+    }
+
+    Item {
+        objectName: "interactiveLayoutViewContainer"
+        width: root.width
+        height: 96
+
+        CollectionView {
+            objectName: "progressCollectionView"
+            x: 8
+            y: 8
+            width: parent.width - 16
+            height: 3
+        }
+
+        FrameButtonView {
+            objectName: "channelProfileImage"
+            x: 12
+            y: 22
+            width: 36
+            height: 36
+            cornerRadius: width / 2
+            leftRounding: true
+            rightRounding: true
+            borderWidth: 1
+            borderColor: "#ffffff"
+            backgroundColor: "#444444"
+        }
+
+        Text {
+            objectName: "channelTitle"
+            x: 58
+            y: 30
+            width: parent.width - 58 - 56
+            color: "#ffffff"
+            font.pixelSize: 15
+            font.bold: true
+            elide: Text.ElideRight
+        }
+
+        Text {
+            objectName: "channelSubtitle"
+            x: 58
+            y: 48
+            width: parent.width - 58 - 56
+            color: "#ffffff"
+            font.pixelSize: 12
+            elide: Text.ElideRight
+        }
+
+        FrameButtonView {
+            objectName: "shareButton"
+            x: parent.width - 84
+            y: 26
+            width: 28
+            height: 28
+            visible: false
+        }
+
+        FrameButtonView {
+            objectName: "closeButton"
+            x: parent.width - 44
+            y: 26
+            width: 28
+            height: 28
+
+            Text {
+                anchors.centerIn: parent
+                text: "\u2715"
+                color: "#ffffff"
+                font.pixelSize: 20
+                style: Text.Raised
+                styleColor: "#40000000"
+            }
+        }
+    }
+
+    FrameButtonView {
+        objectName: "learnMoreContainerView"
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 28
+        width: Math.max(120, learnMoreText.implicitWidth + 36)
+        height: 36
+        cornerRadius: height / 2
+        leftRounding: true
+        rightRounding: true
+        backgroundColor: "#e6ffffff"
+        visible: false
+        opacity: 0
+
+        Text {
+            id: learnMoreText
+            objectName: "learnMoreButtonText"
+            anchors.centerIn: parent
+            text: "LEARN MORE"
+            color: "#1a1a1a"
+            font.pixelSize: 13
+            font.bold: true
+        }
+    }
+}

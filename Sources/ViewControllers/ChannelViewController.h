@@ -1,0 +1,142 @@
+#pragma once
+
+#include <QList>
+#include <QPointer>
+#include <QUrl>
+#include <memory>
+#include <optional>
+
+#include "Models/Channel.h"
+#include "Platform/Scheduler.h"
+#include "ViewControllers/PresentableViewController.h"
+#include "Views/CollectionView.h"
+#include "Views/FrameButtonView.h"
+#include "lumorasdk_export.h"
+
+class QQuickItem;
+
+namespace LumoraSDK {
+
+class ChannelMediaCollectionDataSource;
+class ChannelMediaCollectionViewCell;
+class ChannelProgressCollectionDataSource;
+class ChannelsHostViewController;
+
+/// Plays one channel of the full-screen player: its pages one at a time in a paged media list,
+/// the segmented progress bar across the top, the channel's header, a close button and the
+/// learn-more pill of the page's link. Chooses the page a channel opens at, remembers on the
+/// device how far the viewer got and whether the channel is read, drives the image timer and
+/// reports viewing history. The channels host owns one per channel and is its hostController.
+class LUMORASDK_EXPORT ChannelViewController : public PresentableViewController {
+    Q_OBJECT
+
+public:
+    static constexpr double baseAnimateDuration = 0.25;
+    /// Delay before an animated learn-more show or hide runs.
+    static constexpr double animateStartDelay = 0.35;
+    /// Title offset from the header's top with and without a subtitle line.
+    static constexpr qreal kTitleTopWithSubtitle = 20;
+    static constexpr qreal kTitleTopWithoutSubtitle = 30;
+
+    explicit ChannelViewController(QObject* parent = nullptr);
+    ~ChannelViewController() override;
+
+    QPointer<ChannelsHostViewController> hostController;
+    /// The channel being played; set before the screen is shown.
+    std::optional<Channel> channel;
+
+    bool isLearnMoreContainerVisible = false;
+    bool isInteractiveLayoutVisible = false;
+    double animateDuration = baseAnimateDuration;
+    bool shouldUpdateVideoProgress = false;
+    bool isSharing = false;
+
+    std::unique_ptr<ChannelMediaCollectionDataSource> mediaCollectionViewDataSource;
+    std::unique_ptr<ChannelProgressCollectionDataSource> progressCollectionViewDataSource;
+
+    // Outlets (valid once the view is loaded).
+    QQuickItem* topGradient() const { return m_topGradient; }
+    QQuickItem* channelTitle() const { return m_channelTitle; }
+    QQuickItem* channelSubtitle() const { return m_channelSubtitle; }
+    FrameButtonView* channelProfileImage() const { return m_channelProfileImage; }
+    FrameButtonView* learnMoreContainerView() const { return m_learnMoreContainerView; }
+    QQuickItem* learnMoreButtonText() const { return m_learnMoreButtonText; }
+    QQuickItem* videoContainerView() const { return m_videoContainerView; }
+    CollectionView* mediaCollectionView() const { return m_mediaCollectionView; }
+    CollectionView* progressCollectionView() const { return m_progressCollectionView; }
+
+    /// The page at the media list's current row, if any.
+    std::optional<Page> currentPage() const;
+    int currentIndex() const;
+    /// The url of every video page, in page order.
+    QList<QString> channelVideoUrls() const;
+    /// The url of every image page, in page order.
+    QList<QUrl> getAllPageImageUrls() const;
+
+    void viewDidLoad() override;
+    void viewWillAppear(bool animated) override;
+    void viewDidAppear(bool animated) override;
+    void viewWillDisappear(bool animated) override;
+    /// The player shrinks back into its row cell; this screen is not presented on its own.
+    void dismiss(bool animated, Completion completion = {}) override;
+
+    /// The pager shows this screen's view inside one of its cells instead of presenting it; the
+    /// first time the view comes on screen it goes through viewWillAppear and viewDidAppear.
+    void appearInPagerIfNeeded();
+
+    void goToNextPage();
+    void goToPreviousPage();
+    void pauseCurrentMedia();
+    void resumeCurrentMedia();
+    /// Starts the image timer of page `idx`, or continues an interrupted run unless forced.
+    void loadTimerForMedia(int idx, bool forceRestart);
+    /// Stores how far the viewer got and whether the channel is read, and reports the page.
+    void trackViewingHistory(const QString& pageId);
+    void toggleLearnMoreContainer(bool show, bool animate);
+    void showInteractiveLayout();
+    void hideInteractiveLayout();
+    void scrollMediaCollection(int to, bool animated);
+    ChannelMediaCollectionViewCell* getVisibleMediaCell(int index) const;
+
+    void onCloseButtonPressed();
+    void onLearnMoreContainerPressed();
+
+    // Video pages: the host's shared video node plays them. Until video playback is plugged in,
+    // a video page shows its play-card still and waits for the viewer.
+    virtual void setupVideoContainer() {}
+    virtual void prepareCurrentVideoSet(std::function<void()> onComplete);
+    virtual void startVideo() {}
+
+    static QString description() { return QStringLiteral("LumoraSDK.ChannelViewController"); }
+
+private:
+    void setupMediaCollection(bool clean);
+    void onMediaPageChanged();
+    void updateLearnMoreContainer(bool animate);
+    static bool showsLearnMore(const std::optional<Page>& page);
+    void showLearnMoreContainer();
+    void hideLearnMoreContainer();
+    void adaptLayoutForAspectRatio();
+    void applyTextShadow(QQuickItem* label);
+
+    QPointer<QQuickItem> m_topGradient;
+    QPointer<QQuickItem> m_interactiveLayoutViewContainer;
+    QPointer<FrameButtonView> m_channelProfileImage;
+    QPointer<QQuickItem> m_channelTitle;
+    QPointer<QQuickItem> m_channelSubtitle;
+    QPointer<FrameButtonView> m_closeButton;
+    QPointer<FrameButtonView> m_learnMoreContainerView;
+    QPointer<QQuickItem> m_learnMoreButtonText;
+    QPointer<FrameButtonView> m_shareButton;
+    QPointer<QQuickItem> m_videoContainerView;
+    QPointer<CollectionView> m_mediaCollectionView;
+    QPointer<CollectionView> m_progressCollectionView;
+
+    Timer m_showLearnMoreRequest;
+    Timer m_hideLearnMoreRequest;
+    Timer m_learnMoreAnimation;
+    Timer m_interactiveLayoutAnimation;
+    bool m_appearedInPager = false;
+};
+
+}  // namespace LumoraSDK

@@ -1,0 +1,479 @@
+#include "ViewControllers/ChannelsHostViewController.h"
+
+#include <QColor>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <algorithm>
+
+#include "Enums/ActivityType.h"
+#include "Extensions/ViewExtensions.h"
+#include "Lumora.h"
+#include "Platform/NotificationCenter.h"
+#include "Platform/UserDefaults.h"
+#include "Platform/ViewAnimation.h"
+#include "Services/AnalyticsService.h"
+#include "Services/DatabaseService.h"
+#include "Services/Logger.h"
+#include "Services/VideoPrefetchService.h"
+#include "ViewControllers/ChannelViewController.h"
+#include "Views/ChannelMediaCollectionDataSource.h"
+#include "Views/ChannelsCollectionViewCell.h"
+#include "Views/CollectionView.h"
+#include "Views/LumoraRowView.h"
+#include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
+
+namespace LumoraSDK {
+
+namespace {
+const QString kTypeName = QStringLiteral("ChannelsHostViewController");
+
+void log(const QString& message) {
+    logger().log(message, LogLevel::debug);
+}
+
+}  // namespace
+
+std::function<void(ChannelsHostViewController&)> ChannelsHostViewController::instructionsPresenter;
+
+ChannelsHostViewController::ChannelsHostViewController(QObject* parent)
+    : PresentableViewController(parent)
+    , startingAudioCategory(AudioSession::sharedInstance().category())
+    , startingAudioCategoryOptions(AudioSession::sharedInstance().categoryOptions())
+    , startingAudioMode(AudioSession::sharedInstance().mode()) {}
+
+ChannelsHostViewController::~ChannelsHostViewController() {
+    m_animation.invalidate();
+    NotificationCenter::defaultCenter().removeObserver(this);
+    if (m_channelsCollectionView) {
+        m_channelsCollectionView->setDelegate(nullptr);
+        m_channelsCollectionView->setDataSource(nullptr);
+    }
+}
+
+QString ChannelsHostViewController::description() const {
+    return QStringLiteral("LumoraSDK.ChannelsHostViewController");
+}
+
+// ---------------------------------------------------------------------------------------------
+// Opening
+
+ChannelsHostViewController* ChannelsHostViewController::presentChannel(
+    int index, LumoraRowView* row, std::function<void()> /*onOpened*/,
+    std::function<void(int)> onDismissed) {
+    if (!row || row->isChannelHostActive()) {
+        log(kTypeName + QStringLiteral(" - will not present channel - ") +
+            QStringLiteral(" already has an active host!"));
+        return nullptr;
+    }
+    row->setChannelHostActive(true);
+    QQmlEngine* engine = qmlEngine(row) ? qmlEngine(row) : engineFor(row->window());
+    auto* host = instantiateFromStoryboard<ChannelsHostViewController>(*engine);
+    host->m_engine = engine;
+
+    const QList<Channel>& channels = DatabaseService::sharedInstance().allChannelsData();
+    if (index < 0 || index >= channels.size()) {
+        qFatal("ChannelsHostViewController: channel index %d out of range", index);
+    }
+    const Channel& tapped = channels[index];
+    if (!tapped.status || tapped.status == Status::Unread) {
+        QStringList readIds;
+        for (const Channel& channel : channels) {
+            if (channel.status == Status::Read) {
+                readIds.append(channel.id.value_or(QString()));
+            }
+        }
+        log(kTypeName +
+            QStringLiteral(" - starting from unread channel,\ndropping read channels ") +
+            QStringLiteral("[") + readIds.join(QStringLiteral(", ")) + QStringLiteral("]"));
+        QList<ChannelViewController*>& players = host->contentViewControllers();
+        QList<ChannelViewController*> kept;
+        for (ChannelViewController* player : players) {
+            if (player->channel && player->channel->status == Status::Read) {
+                delete player;
+            } else {
+                kept.append(player);
+            }
+        }
+        players = kept;
+    }
+    host->rowInstance = row;
+    // The index is the tapped cell's, also after read channels were dropped.
+    host->startingIndex = index;
+    host->onDismissed = [row = QPointer<LumoraRowView>(row),
+                         onDismissed = std::move(onDismissed)](int dismissedIndex) {
+        if (row) {
+            row->setChannelHostActive(false);
+        }
+        if (onDismissed) {
+            onDismissed(dismissedIndex);
+        }
+    };
+    getGlobalContext(row->window())->present(host, false);
+    log(kTypeName + QStringLiteral(" - openChannelsHost at ") + QString::number(index));
+    return host;
+}
+
+void ChannelsHostViewController::installAsChannelPresenter() {
+    LumoraRowViewCell::channelPresenter = [](int index, LumoraRowView* row,
+                                             std::function<void(int)> onDismissed) {
+        presentChannel(
+            index, row, [] {}, std::move(onDismissed));
+    };
+}
+
+QList<ChannelViewController*>& ChannelsHostViewController::contentViewControllers() {
+    if (!m_contentViewControllers) {
+        m_contentViewControllers = getContentViewControllers();
+    }
+    return *m_contentViewControllers;
+}
+
+QList<ChannelViewController*> ChannelsHostViewController::getContentViewControllers() {
+    QList<ChannelViewController*> players;
+    QQmlEngine* engine = m_engine ? m_engine.data() : engineFor(keyWindow());
+    for (const Channel& channel : DatabaseService::sharedInstance().allChannelsData()) {
+        auto* player = instantiateFromStoryboard<ChannelViewController>(*engine);
+        player->setParent(this);
+        player->channel = channel;
+        players.append(player);
+    }
+    return players;
+}
+
+ChannelViewController* ChannelsHostViewController::currentChannelViewController() const {
+    if (!m_currentVisibleChannelIndex || !m_contentViewControllers) {
+        return nullptr;
+    }
+    const int index = *m_currentVisibleChannelIndex;
+    return index >= 0 && index < m_contentViewControllers->size()
+               ? m_contentViewControllers->at(index)
+               : nullptr;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Lifecycle
+
+void ChannelsHostViewController::viewDidLoad() {
+    PresentableViewController::viewDidLoad();
+    m_container = outlet(QStringLiteral("channelsCollectionContainerView"));
+    m_channelsCollectionView = outlet<CollectionView>(QStringLiteral("channelsCollectionView"));
+    m_progressLoadingViewContainer = outlet(QStringLiteral("progressLoadingViewContainer"));
+    m_progressLoadingViewText = outlet(QStringLiteral("progressLoadingViewText"));
+    m_learnMoreButtonHitArea = outlet(QStringLiteral("learnMoreButtonHitArea"));
+    m_channelsCollectionView->setPagingEnabled(true);
+    m_channelsCollectionView->setScrollDirection(CollectionView::ScrollDirection::horizontal);
+    ChannelsCollectionDataSource::registerIn(*m_channelsCollectionView);
+}
+
+void ChannelsHostViewController::viewWillAppear(bool animated) {
+    PresentableViewController::viewWillAppear(animated);
+    NotificationCenter::defaultCenter().addObserver(
+        this, Lumora::onChannelMediaReady,
+        [this](const Notification& notification) { onChannelMediaReady(notification); });
+
+    for (ChannelViewController* player : contentViewControllers()) {
+        player->hostController = this;
+    }
+    m_channelsCollectionView->setDelegate(nullptr);
+    m_channelsCollectionView->setDataSource(nullptr);
+    channelsCollectionDataSource =
+        std::make_unique<ChannelsCollectionDataSource>(contentViewControllers());
+    QPointer<ChannelsHostViewController> self(this);
+    channelsCollectionDataSource->onScrollViewDidScroll = [self](qreal progress,
+                                                                 NavigationDirection direction) {
+        if (self) {
+            self->applyCubeTransition(progress, direction);
+        }
+    };
+    setupChannelCollectionInteractions();
+    m_channelsCollectionView->setDataSource(channelsCollectionDataSource.get());
+    m_channelsCollectionView->setDelegate(channelsCollectionDataSource.get());
+
+    view()->setOpacity(0);
+    MainQueue::async([self] {
+        if (!self) {
+            return;
+        }
+        self->scrollPagerTo(self->startingIndex, false);
+        self->setCurrentVisibleChannelIndex(self->startingIndex);
+        self->view()->setOpacity(1);
+        self->openFromCellCenter();
+    });
+}
+
+void ChannelsHostViewController::viewDidAppear(bool animated) {
+    PresentableViewController::viewDidAppear(animated);
+    QPointer<ChannelsHostViewController> self(this);
+    if (!takeInstructionsAlreadyShown()) {
+        MainQueue::async([self] {
+            if (!self) {
+                return;
+            }
+            self->isPresentingInstructions = true;
+            self->pauseAllMedia();
+            instructionsPresenter(*self);
+        });
+        return;
+    }
+    MainQueue::async([self] {
+        if (self) {
+            self->onChannelTransitionComplete();
+        }
+    });
+}
+
+bool ChannelsHostViewController::takeInstructionsAlreadyShown() {
+    if (!instructionsPresenter) {
+        return true;
+    }
+    UserDefaults& defaults = DatabaseService::sharedInstance().userDefaults();
+    if (defaults.boolValue(DatabaseService::Key::hasShownInstructions)) {
+        return true;
+    }
+    defaults.setValue(DatabaseService::Key::hasShownInstructions, true);
+    return false;
+}
+
+void ChannelsHostViewController::viewDidDisappear(bool animated) {
+    PresentableViewController::viewDidDisappear(animated);
+    NotificationCenter::defaultCenter().removeObserver(this);
+    AudioSession::sharedInstance().setCategory(startingAudioCategory, startingAudioMode,
+                                               startingAudioCategoryOptions);
+}
+
+void ChannelsHostViewController::onOutputVolumeChanged() {
+    AudioSession& session = AudioSession::sharedInstance();
+    session.setCategory(AudioSession::Category::Playback, AudioSession::Mode::Default,
+                        AudioSession::kMixWithOthers);
+    session.setActive(true);
+}
+
+void ChannelsHostViewController::dismiss(bool animated, Completion completion) {
+    QPointer<ChannelsHostViewController> self(this);
+    PresentableViewController::dismiss(animated, [self, completion = std::move(completion)] {
+        if (self) {
+            self->pauseAllMedia();
+        }
+        if (completion) {
+            completion();
+        }
+        if (!self || !self->m_currentVisibleChannelIndex) {
+            return;
+        }
+        ChannelViewController* player = self->currentChannelViewController();
+        const std::optional<Page> page = player ? player->currentPage() : std::nullopt;
+        AnalyticsService::sharedInstance().trackActivity(
+            ActivityType::DismissedChannel,
+            player && player->channel ? player->channel->id : std::nullopt,
+            page ? page->id : std::nullopt);
+        self->onDismissed(*self->m_currentVisibleChannelIndex);
+    });
+}
+
+// ---------------------------------------------------------------------------------------------
+// The visible channel
+
+void ChannelsHostViewController::setCurrentVisibleChannelIndex(std::optional<int> index) {
+    m_currentVisibleChannelIndex = index;
+    if (index && rowInstance && *index != rowInstance->currentlyOpenChannelIndex()) {
+        rowInstance->setCurrentlyOpenChannelIndex(*index);
+        NotificationCenter::defaultCenter().post(Lumora::openChannelDidChange);
+    }
+    onChannelIndexUpdated(index);
+}
+
+void ChannelsHostViewController::onChannelIndexUpdated(std::optional<int> newIndex) {
+    if (!newIndex) {
+        return;
+    }
+    const QList<ChannelViewController*>& players = contentViewControllers();
+    if (*newIndex < 0 || *newIndex >= players.size()) {
+        log(description() + QStringLiteral(" onChannelIndexUpdated - no channel at index ") +
+            QString::number(*newIndex));
+        return;
+    }
+    ChannelViewController* player = players[*newIndex];
+    if (player->channel) {
+        // The server's initial page, not necessarily the page that will show.
+        const int initialPage = player->channel->initialPage.value_or(0);
+        const QList<Page>& pages = player->channel->pages;
+        const std::optional<QString> pageId =
+            initialPage >= 0 && initialPage < pages.size() ? pages[initialPage].id : std::nullopt;
+        AnalyticsService::sharedInstance().trackActivity(ActivityType::OpenedChannel,
+                                                         player->channel->id, pageId);
+    }
+    QPointer<ChannelsHostViewController> self(this);
+    QPointer<ChannelViewController> target(player);
+    MainQueue::async([self, target] {
+        if (self) {
+            self->replaceVideoNode();
+        }
+        if (target) {
+            target->setupVideoContainer();
+        }
+    });
+    player->resumeCurrentMedia();
+}
+
+void ChannelsHostViewController::onChannelTransitionComplete() {
+    m_channelsCollectionView->setUserInteractionEnabled(true);
+    ChannelViewController* player = currentChannelViewController();
+    if (!player || !player->mediaCollectionViewDataSource) {
+        return;
+    }
+    player->mediaCollectionViewDataSource->onScrollViewDidEndScrollingAnimation();
+    const QStringList videoUrls = player->channelVideoUrls();
+    if (!videoUrls.isEmpty()) {
+        MainQueue::async([videoUrls] { VideoPrefetchService::prefetchVideoItems(videoUrls); });
+    }
+    const std::optional<Page> page = player->currentPage();
+    player->trackViewingHistory(page ? page->id.value_or(QString()) : QString());
+}
+
+void ChannelsHostViewController::scrollPagerTo(int index, bool animated) {
+    m_channelsCollectionView->scrollToItem(IndexPath{index, 0},
+                                           CollectionView::ScrollPosition::left, animated);
+    if (!animated) {
+        // The page player of the new item comes on screen now, before anything asks for it.
+        m_channelsCollectionView->layoutIfNeeded();
+    }
+}
+
+void ChannelsHostViewController::onChannelNextLimit() {
+    pauseAllMedia();
+    if (!m_currentVisibleChannelIndex) {
+        return;
+    }
+    const int next = *m_currentVisibleChannelIndex + 1;
+    if (next < contentViewControllers().size()) {
+        // Touches come back with onChannelTransitionComplete.
+        m_channelsCollectionView->setUserInteractionEnabled(false);
+        if (next < m_channelsCollectionView->numberOfItems(0)) {
+            scrollPagerTo(next, true);
+        }
+        return;
+    }
+    dismissToCellCenter();
+}
+
+void ChannelsHostViewController::onChannelPrevLimit() {
+    pauseAllMedia();
+    if (!m_currentVisibleChannelIndex) {
+        return;
+    }
+    const int previous = *m_currentVisibleChannelIndex - 1;
+    if (previous < 0) {
+        QPointer<ChannelsHostViewController> self(this);
+        MainQueue::asyncAfter(kShortDelay, [self] {
+            ChannelViewController* player = self ? self->currentChannelViewController() : nullptr;
+            if (!player) {
+                return;
+            }
+            player->shouldUpdateVideoProgress = true;
+            self->seekVideoToStart();
+            player->resumeCurrentMedia();
+        });
+        return;
+    }
+    m_channelsCollectionView->setUserInteractionEnabled(false);
+    scrollPagerTo(previous, true);
+}
+
+void ChannelsHostViewController::onChannelDismiss() {
+    dismissToCellCenter();
+}
+
+void ChannelsHostViewController::toggleLoadingView(bool isHidden) {
+    QPointer<ChannelsHostViewController> self(this);
+    MainQueue::async([self, isHidden] {
+        if (self) {
+            // Touches are off while the overlay shows.
+            self->view()->setEnabled(isHidden);
+            self->m_progressLoadingViewContainer->setVisible(!isHidden);
+        }
+    });
+}
+
+void ChannelsHostViewController::pauseAllMedia() {
+    QPointer<ChannelsHostViewController> self(this);
+    MainQueue::async([self] {
+        if (!self || !self->m_contentViewControllers) {
+            return;
+        }
+        for (ChannelViewController* player : *self->m_contentViewControllers) {
+            player->pauseCurrentMedia();
+        }
+    });
+}
+
+QList<ChannelsCollectionViewCell*> ChannelsHostViewController::getVisibleChannelCells(
+    bool sorted) const {
+    QList<ChannelsCollectionViewCell*> cells;
+    for (CollectionViewCell* cell : m_channelsCollectionView->visibleCells()) {
+        if (auto* channelCell = qobject_cast<ChannelsCollectionViewCell*>(cell)) {
+            cells.append(channelCell);
+        }
+    }
+    if (sorted) {
+        std::stable_sort(cells.begin(), cells.end(), [](auto* lhs, auto* rhs) {
+            return lhs->channelIndex.value_or(-1) < rhs->channelIndex.value_or(-1);
+        });
+    }
+    return cells;
+}
+
+void ChannelsHostViewController::onChannelMediaReady(const Notification& notification) {
+    if (!enableMediaReadyObserver) {
+        return;
+    }
+    const QVariant mediaIndex = notification.userInfo.value(QStringLiteral("mediaIndex"));
+    const QVariant isReady = notification.userInfo.value(QStringLiteral("isReady"));
+    if (mediaIndex.typeId() != QMetaType::Int || isReady.typeId() != QMetaType::Bool) {
+        return;
+    }
+    ChannelViewController* player = currentChannelViewController();
+    if (!player || !player->mediaCollectionViewDataSource ||
+        player->currentIndex() != mediaIndex.toInt()) {
+        return;
+    }
+    const bool ready = isReady.toBool();
+    log(description() + QStringLiteral(" onChannelMediaReady - callback received media ") +
+        QString::number(mediaIndex.toInt()) + QStringLiteral(", start playing? ") +
+        (ready ? QStringLiteral("true") : QStringLiteral("false")));
+    if (!ready) {
+        pauseAllMedia();
+        return;
+    }
+    QPointer<ChannelViewController> target(player);
+    MainQueue::async([target] {
+        if (target && target->mediaCollectionViewDataSource) {
+            target->mediaCollectionViewDataSource->onScrollViewDidEndScrollingAnimation();
+        }
+    });
+}
+
+// ---------------------------------------------------------------------------------------------
+// Next and previous
+
+void ChannelsHostViewController::onNextButtonPressed(bool isInteractive) {
+    enableMediaReadyObserver = false;
+    ChannelViewController* player = currentChannelViewController();
+    if (!player) {
+        return;
+    }
+    player->goToNextPage();
+    const std::optional<Page> page = player->currentPage();
+    AnalyticsService::sharedInstance().trackActivity(
+        isInteractive ? ActivityType::SkippedPage : ActivityType::CompletedPage,
+        player->channel ? player->channel->id : std::nullopt, page ? page->id : std::nullopt);
+}
+
+void ChannelsHostViewController::onPrevButtonPressed() {
+    enableMediaReadyObserver = false;
+    if (ChannelViewController* player = currentChannelViewController()) {
+        player->goToPreviousPage();
+    }
+}
+
+}  // namespace LumoraSDK

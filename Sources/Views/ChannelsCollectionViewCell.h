@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+
+// CollectionViewCell.h needs the complete CollectionView for its inline collectionView().
+#include "Views/CollectionView.h"
+#include "Views/CollectionViewCell.h"
+#include "lumorasdk_export.h"
+
+namespace LumoraSDK {
+
+/// One channel of the player's pager: the page player's view sits in the content view, which the
+/// cube transition turns.
+class LUMORASDK_EXPORT ChannelsCollectionViewCell : public CollectionViewCell {
+    Q_OBJECT
+
+public:
+    explicit ChannelsCollectionViewCell(QQuickItem* parent = nullptr);
+
+    /// The reuse identifier, the class name.
+    static QString identifier() { return QStringLiteral("ChannelsCollectionViewCell"); }
+
+    /// The index of the page player shown; absent until the cell is filled.
+    std::optional<int> channelIndex;
+
+    /// A reused cell must not keep the view of the page player it showed before.
+    void prepareForReuse() override;
+};
+
+}  // namespace LumoraSDK
