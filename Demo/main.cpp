@@ -1,11 +1,25 @@
-// The showcase host: starts the SDK the way any host application would.
+// The showcase host application: starts the SDK the way any host would and shows two story rows
+// in a mock application screen.
 #include <QCommandLineParser>
+#include <QFile>
 #include <QGuiApplication>
+#include <QJsonDocument>
+#include <QQmlApplicationEngine>
 #include <QTextStream>
 
 #include "Lumora.h"
+#include "Showcase.h"
 
 using namespace LumoraSDK;
+
+namespace {
+DemoData loadConfiguration() {
+    QFile file(QStringLiteral(":/demo/demo.json"));
+    file.open(QIODevice::ReadOnly);
+    return DemoData::fromJson(QJsonDocument::fromJson(file.readAll()).object())
+        .value_or(DemoData{});
+}
+}  // namespace
 
 int main(int argc, char* argv[]) {
     QGuiApplication app(argc, argv);
@@ -15,17 +29,22 @@ int main(int argc, char* argv[]) {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("LumoraSDK showcase"));
     parser.addHelpOption();
-    const QCommandLineOption apiKey(QStringLiteral("api-key"),
-                                    QStringLiteral("API key to start the SDK with."),
-                                    QStringLiteral("key"), QStringLiteral("lumora-demo-key"));
     const QCommandLineOption screenshots(
         QStringLiteral("screenshots"),
         QStringLiteral("Render offscreen, write PNGs to DIR and exit."), QStringLiteral("DIR"));
-    parser.addOptions({apiKey, screenshots});
+    parser.addOption(screenshots);
     parser.process(app);
 
+    const DemoData configuration = loadConfiguration();
     QTextStream out(stdout);
-    Lumora::sharedInstance().initialize(parser.value(apiKey), [&out] {
+    Lumora& lumora = Lumora::sharedInstance();
+    // The host screen comes first so that its rows hear the SDK start.
+    Showcase showcase(configuration);
+    QQmlApplicationEngine engine;
+    if (!showcase.show(engine)) {
+        return 1;
+    }
+    lumora.initialize(configuration.apiKey.value_or(QStringLiteral("lumora-demo-key")), [&out] {
         const auto environment = Lumora::currentEnvironment();
         const auto base = Lumora::sharedInstance().baseApiUrl();
         out << "LumoraSDK " << Lumora::version().value_or(QStringLiteral("(no version)")) << '\n'
@@ -34,5 +53,22 @@ int main(int argc, char* argv[]) {
             << "base URL: " << (base ? base->toString() : QStringLiteral("(none)")) << '\n';
         out.flush();
     });
-    return 0;
+    // Channels are per viewer: once the viewer is registered, the rows load theirs.
+    lumora.setUserDetails(
+        UserInput{QStringLiteral("showcase-viewer")},
+        [&showcase] {
+            QMetaObject::invokeMethod(&showcase, &Showcase::reloadRows, Qt::QueuedConnection);
+        },
+        [](const RequestError& error) {
+            QTextStream(stderr) << "lumora-demo: cannot register the viewer: " << describe(error)
+                                << '\n';
+        });
+    QString directory = parser.value(screenshots);
+    if (directory.isEmpty() && QGuiApplication::platformName() == QLatin1String("offscreen")) {
+        directory = QStringLiteral("screenshots");  // nothing to look at without a display
+    }
+    if (!directory.isEmpty()) {
+        showcase.captureScreenshots(directory);
+    }
+    return app.exec();
 }

@@ -100,6 +100,8 @@ void MediaFiles::serve(const std::string& relativePath, const httplib::Request& 
         return;
     }
     response.set_header("Accept-Ranges", "bytes");
+    // Media never changes under its address: clients may keep it in their disk caches.
+    response.set_header("Cache-Control", "public, max-age=86400");
     ByteRange range{0, size == 0 ? 0 : size - 1};
     switch (parseRange(request.get_header_value("Range"), size, range)) {
         case RangeResult::Unsatisfiable:

@@ -173,6 +173,8 @@ bool ContentGenerator::writeImagePage(const QJsonObject& channel, int channelNum
                              .arg(pageNumber)
                              .arg(png ? "png" : "jpg");
     output.insert("url", file);
+    // An image page is its own still: cards that preview a channel show it.
+    output.insert("playcardUrl", file);
     return saveImage(
         MediaPainter::page(channelNumber, pageNumber, pageCount, channel.value("title").toString(),
                            channelColor(channel, 0), channelColor(channel, 1)),
