@@ -7,13 +7,14 @@
 #include <QPainter>
 #include <QTextStream>
 #include <functional>
+#include <utility>
 
 namespace {
 
 using Painter = std::function<void(QPainter&, const QSize&)>;
 
 struct Artwork {
-    const char* name;
+    QString name;
     QSize size;
     Painter paint;
 };
@@ -38,11 +39,105 @@ void gradientBottom(QPainter& painter, const QSize& size) {
     painter.fillRect(QRect(QPoint(), size), gradient);
 }
 
+// The instruction glyphs: drawn on a 96 x 96 canvas (shown at about 48 points, so crisp at 2x),
+// in near-black for the light overlay and white for the dark one.
+const QColor kGlyphBlack(0x11, 0x11, 0x11);
+const QColor kGlyphWhite(0xff, 0xff, 0xff);
+constexpr qreal kGlyphStroke = 7;
+
+QPen glyphPen(const QColor& color, qreal width = kGlyphStroke) {
+    return QPen(color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+}
+
+// A finger's tap: a solid dot inside a faint ring.
+void tapMark(QPainter& painter, const QPointF& center, const QColor& color) {
+    QColor ring = color;
+    ring.setAlphaF(0.4);
+    painter.setPen(glyphPen(ring, 3.5));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(center, 17, 17);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawEllipse(center, 9, 9);
+}
+
+// A tap followed by a chevron pointing the way the pages go; `direction` is 1 or -1.
+void tapChevron(QPainter& painter, const QSize& size, const QColor& color, int direction) {
+    const qreal mid = size.width() / 2.0;
+    tapMark(painter, QPointF(mid - direction * 18, 48), color);
+    painter.setPen(glyphPen(color));
+    painter.setBrush(Qt::NoBrush);
+    const qreal tip = mid + direction * 28;
+    const qreal back = tip - direction * 15;
+    painter.drawPolyline(QPolygonF({QPointF(back, 31), QPointF(tip, 48), QPointF(back, 65)}));
+}
+
+// Hold to pause: two bars inside a ring.
+void pauseGlyph(QPainter& painter, const QColor& color) {
+    painter.setPen(glyphPen(color, 4.5));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(QPointF(48, 48), 36, 36);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawRoundedRect(QRectF(33, 29, 11, 38), 3.5, 3.5);
+    painter.drawRoundedRect(QRectF(52, 29, 11, 38), 3.5, 3.5);
+}
+
+// Swipe up: a finger's dot at the bottom and its trail, fading in, ending in an arrow head.
+void swipeGlyph(QPainter& painter, const QColor& color) {
+    QColor faint = color;
+    faint.setAlphaF(0.15);
+    QLinearGradient trail(0, 74, 0, 22);
+    trail.setColorAt(0, faint);
+    trail.setColorAt(1, color);
+    painter.setPen(QPen(QBrush(trail), kGlyphStroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawLine(QPointF(48, 66), QPointF(48, 20));
+    painter.setPen(glyphPen(color));
+    painter.drawPolyline(QPolygonF({QPointF(33, 34), QPointF(48, 19), QPointF(63, 34)}));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawEllipse(QPointF(48, 77), 9, 9);
+}
+
+// Close: a plain cross.
+void closeGlyph(QPainter& painter, const QColor& color) {
+    painter.setPen(glyphPen(color, 6));
+    painter.drawLine(QPointF(31, 31), QPointF(65, 65));
+    painter.drawLine(QPointF(65, 31), QPointF(31, 65));
+}
+
+// One black and one white artwork of a glyph, named prefix + "black" / "white".
+void addGlyph(QList<Artwork>& list, const QString& prefix,
+              const std::function<void(QPainter&, const QSize&, const QColor&)>& draw) {
+    for (const auto& [suffix, color] : {std::pair{QStringLiteral("black"), kGlyphBlack},
+                                        {QStringLiteral("white"), kGlyphWhite}}) {
+        list.append(
+            {prefix + suffix, {96, 96}, [draw, color](QPainter& painter, const QSize& size) {
+                 draw(painter, size, color);
+             }});
+    }
+}
+
 const QList<Artwork>& artworks() {
-    static const QList<Artwork> all = {
-        {"placeholder-gradient-vertical", {120, 240}, placeholderGradientVertical},
-        {"gradient-bottom", {16, 256}, gradientBottom},
-    };
+    static const QList<Artwork> all = [] {
+        QList<Artwork> list = {
+            {QStringLiteral("placeholder-gradient-vertical"),
+             {120, 240},
+             placeholderGradientVertical},
+            {QStringLiteral("gradient-bottom"), {16, 256}, gradientBottom},
+        };
+        addGlyph(list, QStringLiteral("icon-instruction-forward-"),
+                 [](QPainter& p, const QSize& s, const QColor& c) { tapChevron(p, s, c, 1); });
+        addGlyph(list, QStringLiteral("icon-instruction-pause-"),
+                 [](QPainter& p, const QSize&, const QColor& c) { pauseGlyph(p, c); });
+        addGlyph(list, QStringLiteral("icon-instruction-back-"),
+                 [](QPainter& p, const QSize& s, const QColor& c) { tapChevron(p, s, c, -1); });
+        addGlyph(list, QStringLiteral("icon-instruction-swipe-"),
+                 [](QPainter& p, const QSize&, const QColor& c) { swipeGlyph(p, c); });
+        addGlyph(list, QStringLiteral("icon-close-"),
+                 [](QPainter& p, const QSize&, const QColor& c) { closeGlyph(p, c); });
+        return list;
+    }();
     return all;
 }
 
@@ -64,7 +159,7 @@ int main(int argc, char* argv[]) {
         painter.setRenderHint(QPainter::Antialiasing);
         artwork.paint(painter, artwork.size);
         painter.end();
-        const QString path = out.filePath(QLatin1String(artwork.name) + QStringLiteral(".png"));
+        const QString path = out.filePath(artwork.name + QStringLiteral(".png"));
         if (!image.save(path)) {
             QTextStream(stderr) << "cannot write " << path << '\n';
             return 1;
