@@ -4,6 +4,7 @@
 #include <QQmlEngine>
 
 #include "ViewControllers/ChannelsHostViewController.h"
+#include "ViewControllers/InstructionsViewController.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
 #include "Views/ChannelProgressCollectionViewCell.h"
 #include "Views/ChannelsCollectionViewCell.h"
@@ -35,6 +36,8 @@ void registerLumoraQmlTypes() {
     qmlRegisterType<ChannelsCollectionViewCell>(uri, 1, 0, "ChannelsCollectionViewCell");
     // A tap on a row cell opens the full-screen player.
     ChannelsHostViewController::installAsChannelPresenter();
+    // The first time the player opens on a device it explains its gestures.
+    InstructionsViewController::installAsInstructionsPresenter();
 }
 }  // namespace
 
