@@ -141,7 +141,7 @@ Item {
                 number: 4
                 iconName: "icon-instruction-swipe-black"
                 title: "Swipe up"
-                description: "Open the page's link to find out more."
+                description: "Open the page's link for more."
             }
         }
 
