@@ -224,6 +224,7 @@ private slots:
         auto scene = env.loadedScene(channels, "uiStyle: \"" + style + "\"", QSize(375, 120));
         QVERIFY(scene);
         scene->window.resize(375, 812);
+        QTRY_COMPARE(scene->window.contentItem()->height(), 812.0);
         const auto open = [&] {
             QTest::mouseClick(&scene->window, Qt::LeftButton, {},
                               scene->visibleCells().at(0)->contentCenterInWindow().toPoint());
