@@ -22,6 +22,8 @@ DemoData loadConfiguration() {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    // Before the application object: the SDK's web page viewer needs Qt WebEngine set up first.
+    Lumora::prepareApplication();
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("lumora-demo"));
     QGuiApplication::setOrganizationName(QStringLiteral("Lumora"));

@@ -1,5 +1,6 @@
 #include "Lumora.h"
 
+#include <QtWebEngineQuick/qtwebenginequickglobal.h>
 #include <QFile>
 #include <QFontDatabase>
 #include <QGuiApplication>
@@ -39,6 +40,16 @@ Lumora& Lumora::sharedInstance() {
 }
 
 Lumora::Lumora() = default;
+
+void Lumora::prepareApplication() {
+    if (QCoreApplication::instance()) {
+        logger().log(description() + QStringLiteral(" - prepareApplication() was called after the "
+                                                    "application object was created; web pages "
+                                                    "may not show"),
+                     LogLevel::error);
+    }
+    QtWebEngineQuick::initialize();
+}
 
 void Lumora::initialize(const QString& apiKey, const Completion& onComplete,
                         const ErrorCallback& /*onError: initialisation cannot fail*/) {

@@ -33,6 +33,20 @@ public:
     static const QString openChannelDidChange;
     static const QString onChannelMediaReady;
 
+    /// Prepares the process for the SDK's screens; call it first thing in main(), before the
+    /// QGuiApplication is created. The web page viewer runs on Qt WebEngine, which must be
+    /// initialised (and the OpenGL contexts shared) before the application object exists:
+    ///
+    ///     int main(int argc, char* argv[]) {
+    ///         LumoraSDK::Lumora::prepareApplication();
+    ///         QGuiApplication app(argc, argv);
+    ///         ...
+    ///
+    /// Linking the SDK usually prepares Qt WebEngine as the library loads; this call makes it
+    /// certain (a host that loads the SDK later, as a plugin, needs it). When Qt WebEngine was
+    /// not prepared in time, the viewer logs why and closes at once instead of showing a page.
+    static void prepareApplication();
+
     /// The process-wide instance; creating it installs the fonts packaged with the SDK.
     static Lumora& sharedInstance();
 

@@ -43,12 +43,14 @@ UserDefaults::UserDefaults(const QString& filePath) : m_filePath(filePath) {
 }
 
 void UserDefaults::load() {
+    // Open first and only then ask whether the file is missing: a stat-based existence check can
+    // miss the file for an instant while another process renames a fresh copy over it.
     QFile file(m_filePath);
-    if (!file.exists()) {
-        return;
-    }
     QString problem;
     if (!file.open(QIODevice::ReadOnly)) {
+        if (!file.exists()) {
+            return;
+        }
         problem = file.errorString();
     } else {
         QJsonParseError error{};

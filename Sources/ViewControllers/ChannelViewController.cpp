@@ -38,6 +38,11 @@ ChannelViewController::~ChannelViewController() {
     m_hideLearnMoreRequest.invalidate();
     m_learnMoreAnimation.invalidate();
     m_interactiveLayoutAnimation.invalidate();
+    cancelInteractiveLayoutRequests();
+    if (hostController && hostController->videoNode &&
+        hostController->videoNode->delegate() == this) {
+        hostController->videoNode->clearDelegate();
+    }
     // The lists hold raw pointers to the data sources; detach them before these go.
     if (m_mediaCollectionView) {
         m_mediaCollectionView->setDelegate(nullptr);
@@ -412,14 +417,6 @@ void ChannelViewController::onMediaPageChanged() {
     }
 }
 
-void ChannelViewController::prepareCurrentVideoSet(std::function<void()> onComplete) {
-    // No playback yet: the page shows its play-card still and waits for the viewer.
-    log(description() + QStringLiteral(" prepareCurrentVideoSet - video page waits"));
-    if (onComplete) {
-        onComplete();
-    }
-}
-
 // ---------------------------------------------------------------------------------------------
 // Timer
 
@@ -566,14 +563,39 @@ void ChannelViewController::hideInteractiveLayout() {
         animateDuration, {{m_interactiveLayoutViewContainer.data(), "opacity", 0.0}});
 }
 
+void ChannelViewController::requestShowInteractiveLayout(double delay) {
+    m_showInteractiveLayoutRequest.invalidate();
+    QPointer<ChannelViewController> self(this);
+    m_showInteractiveLayoutRequest = MainQueue::asyncAfter(delay, [self] {
+        if (self) {
+            self->showInteractiveLayout();
+        }
+    });
+}
+
+void ChannelViewController::requestHideInteractiveLayout(double delay) {
+    m_hideInteractiveLayoutRequest.invalidate();
+    QPointer<ChannelViewController> self(this);
+    m_hideInteractiveLayoutRequest = MainQueue::asyncAfter(delay, [self] {
+        if (self) {
+            self->hideInteractiveLayout();
+        }
+    });
+}
+
+void ChannelViewController::cancelInteractiveLayoutRequests() {
+    m_showInteractiveLayoutRequest.invalidate();
+    m_hideInteractiveLayoutRequest.invalidate();
+}
+
 void ChannelViewController::onCloseButtonPressed() {
     dismiss(true);
 }
 
 void ChannelViewController::onLearnMoreContainerPressed() {
-    // Opening the page's link belongs to the host's swipe-up handling, which comes with the
-    // gestures; until then the press only keeps the page playing.
-    resumeCurrentMedia();
+    if (hostController) {
+        hostController->onSwipeUp();
+    }
 }
 
 }  // namespace LumoraSDK

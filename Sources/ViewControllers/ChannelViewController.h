@@ -8,6 +8,7 @@
 
 #include "Models/Channel.h"
 #include "Platform/Scheduler.h"
+#include "Platform/VideoNode.h"
 #include "ViewControllers/PresentableViewController.h"
 #include "Views/CollectionView.h"
 #include "Views/FrameButtonView.h"
@@ -27,7 +28,11 @@ class ChannelsHostViewController;
 /// learn-more pill of the page's link. Chooses the page a channel opens at, remembers on the
 /// device how far the viewer got and whether the channel is read, drives the image timer and
 /// reports viewing history. The channels host owns one per channel and is its hostController.
-class LUMORASDK_EXPORT ChannelViewController : public PresentableViewController {
+///
+/// Video pages borrow the host's shared video node: the page player is its delegate while one of
+/// its video pages plays, and the video's own length ends the page.
+class LUMORASDK_EXPORT ChannelViewController : public PresentableViewController,
+                                               public VideoNodeDelegate {
     Q_OBJECT
 
 public:
@@ -95,17 +100,31 @@ public:
     void toggleLearnMoreContainer(bool show, bool animate);
     void showInteractiveLayout();
     void hideInteractiveLayout();
+    /// Shows or hides the header and controls after `delay` seconds, replacing any request
+    /// still pending.
+    void requestShowInteractiveLayout(double delay);
+    void requestHideInteractiveLayout(double delay);
+    void cancelInteractiveLayoutRequests();
     void scrollMediaCollection(int to, bool animated);
     ChannelMediaCollectionViewCell* getVisibleMediaCell(int index) const;
 
     void onCloseButtonPressed();
     void onLearnMoreContainerPressed();
 
-    // Video pages: the host's shared video node plays them. Until video playback is plugged in,
-    // a video page shows its play-card still and waits for the viewer.
-    virtual void setupVideoContainer() {}
-    virtual void prepareCurrentVideoSet(std::function<void()> onComplete);
-    virtual void startVideo() {}
+    // Video pages.
+    /// Puts the host's video node for the current page in place, loading it when the node
+    /// holds another video, then starts it.
+    void prepareCurrentVideoSet(std::function<void()> onComplete = {});
+    void loadVideo(const QString& videoUrl, std::function<void()> onComplete);
+    /// Puts the host's video node into this player's video area.
+    void setupVideoContainer(std::function<void()> onComplete = {});
+    void notifyAndStartVideo(int idx);
+    void startVideo();
+    /// The address of the video the host's node holds, or empty.
+    QString getVideoNodeUrl() const;
+
+    void videoNodeDidPlayToTimeInterval(VideoNode& node, double seconds) override;
+    void videoNodeDidStallAtTimeInterval(VideoNode& node, double seconds) override;
 
     static QString description() { return QStringLiteral("LumoraSDK.ChannelViewController"); }
 
@@ -129,6 +148,7 @@ private:
     QPointer<QQuickItem> m_learnMoreButtonText;
     QPointer<FrameButtonView> m_shareButton;
     QPointer<QQuickItem> m_videoContainerView;
+    QPointer<QQuickItem> m_videoBackground;
     QPointer<CollectionView> m_mediaCollectionView;
     QPointer<CollectionView> m_progressCollectionView;
 
@@ -136,6 +156,8 @@ private:
     Timer m_hideLearnMoreRequest;
     Timer m_learnMoreAnimation;
     Timer m_interactiveLayoutAnimation;
+    Timer m_showInteractiveLayoutRequest;
+    Timer m_hideInteractiveLayoutRequest;
     bool m_appearedInPager = false;
 };
 

@@ -44,6 +44,8 @@ ChannelsHostViewController::ChannelsHostViewController(QObject* parent)
 
 ChannelsHostViewController::~ChannelsHostViewController() {
     m_animation.invalidate();
+    longHoldTimer.invalidate();
+    videoNode.reset();
     NotificationCenter::defaultCenter().removeObserver(this);
     if (m_channelsCollectionView) {
         m_channelsCollectionView->setDelegate(nullptr);
@@ -98,8 +100,15 @@ ChannelsHostViewController* ChannelsHostViewController::presentChannel(
         players = kept;
     }
     host->rowInstance = row;
-    // The index is the tapped cell's, also after read channels were dropped.
+    // The index is the tapped cell's, also after read channels were dropped: content lists put
+    // unread channels first, so a tapped unread channel keeps its place. A list that does not
+    // leaves the index past the end, which is a content error the player cannot show.
     host->startingIndex = index;
+    if (index >= host->contentViewControllers().size()) {
+        qFatal("ChannelsHostViewController: starting index %d out of range of %d channels left "
+               "after dropping read ones",
+               index, int(host->contentViewControllers().size()));
+    }
     host->onDismissed = [row = QPointer<LumoraRowView>(row),
                          onDismissed = std::move(onDismissed)](int dismissedIndex) {
         if (row) {
@@ -161,9 +170,13 @@ void ChannelsHostViewController::viewDidLoad() {
     m_progressLoadingViewContainer = outlet(QStringLiteral("progressLoadingViewContainer"));
     m_progressLoadingViewText = outlet(QStringLiteral("progressLoadingViewText"));
     m_learnMoreButtonHitArea = outlet(QStringLiteral("learnMoreButtonHitArea"));
+    m_closeButtonHitArea = outlet(QStringLiteral("closeButtonHitArea"));
+    m_previousButton = outlet(QStringLiteral("previousButton"));
+    m_previousButtonGradient = outlet(QStringLiteral("previousButtonGradient"));
     m_channelsCollectionView->setPagingEnabled(true);
     m_channelsCollectionView->setScrollDirection(CollectionView::ScrollDirection::horizontal);
     ChannelsCollectionDataSource::registerIn(*m_channelsCollectionView);
+    setupGestures();
 }
 
 void ChannelsHostViewController::viewWillAppear(bool animated) {
@@ -204,6 +217,8 @@ void ChannelsHostViewController::viewWillAppear(bool animated) {
 
 void ChannelsHostViewController::viewDidAppear(bool animated) {
     PresentableViewController::viewDidAppear(animated);
+    // The player's keys reach it while it is on screen.
+    view()->forceActiveFocus();
     QPointer<ChannelsHostViewController> self(this);
     if (!takeInstructionsAlreadyShown()) {
         MainQueue::async([self] {
@@ -247,6 +262,28 @@ void ChannelsHostViewController::onOutputVolumeChanged() {
     session.setCategory(AudioSession::Category::Playback, AudioSession::Mode::Default,
                         AudioSession::kMixWithOthers);
     session.setActive(true);
+    if (videoNode) {
+        videoNode->setMuted(!session.isOutputAudible());
+    }
+}
+
+VideoNode& ChannelsHostViewController::replaceVideoNode() {
+    // The old node gives its player back to the prefetch cache, paused and without outputs.
+    videoNode = std::make_unique<VideoNode>();
+    videoNode->setMuted(!AudioSession::sharedInstance().isOutputAudible());
+    return *videoNode;
+}
+
+void ChannelsHostViewController::seekVideoToStart() {
+    if (videoNode) {
+        videoNode->seekToStart();
+    }
+}
+
+void ChannelsHostViewController::pauseVideo() {
+    if (videoNode) {
+        videoNode->pause();
+    }
 }
 
 void ChannelsHostViewController::dismiss(bool animated, Completion completion) {

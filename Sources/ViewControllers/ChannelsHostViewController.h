@@ -8,7 +8,9 @@
 #include <optional>
 
 #include "Platform/AudioSession.h"
+#include "Platform/GestureState.h"
 #include "Platform/Scheduler.h"
+#include "Platform/VideoNode.h"
 #include "ViewControllers/PresentableViewController.h"
 #include "Views/ChannelsCollectionDataSource.h"
 #include "Views/CollectionView.h"
@@ -28,9 +30,10 @@ struct Notification;
 /// paging pager, grown out of the tapped row cell and shrunk back into it when it closes. Moves
 /// to the next channel when one runs out of pages and owns the audio settings while on screen.
 ///
-/// Touch handling drives it through plain methods (onNextButtonPressed, onPrevButtonPressed,
-/// pauseAllMedia, dismissToCellCenter ...), so the logic does not depend on where touches come
-/// from.
+/// Touches reach it through its scene's pointer handlers as gesture phases (onButtonHold, onPan)
+/// and plain presses; keys go through the same paths. Press and hold pauses, a short press on
+/// the right moves to the next page and on the left to the previous one, dragging down closes
+/// and dragging up opens the page's link.
 class LUMORASDK_EXPORT ChannelsHostViewController : public PresentableViewController {
     Q_OBJECT
 
@@ -43,6 +46,19 @@ public:
     /// the strength below which it is hidden.
     static constexpr qreal kTranslucentGradientFactor = 0.25;
     static constexpr qreal kGradientCutoff = 0.12;
+
+    /// Gestures: the hold timer's tick, the hold time beyond the page player's animation that
+    /// makes a press a hold, and the page player's animation while held.
+    static constexpr double kHoldTimerInterval = 0.01;
+    static constexpr double kClickThreshold = 0.35;
+    static constexpr double kHoldAnimateDuration = 0.25;
+    /// The pan: scale floor, the progress given up before the pager follows the finger, the
+    /// upward travel that counts as a swipe up, and the offset factor that still springs back.
+    static constexpr qreal kPanScaleSlack = 0.01;
+    static constexpr qreal kPanMinimumScale = 0.975;
+    static constexpr qreal kPanOffsetDamping = 0.2;
+    static constexpr qreal kSwipeUpDistance = -100;
+    static constexpr qreal kSpringBackFactor = 0.6;
 
     explicit ChannelsHostViewController(QObject* parent = nullptr);
     ~ChannelsHostViewController() override;
@@ -79,6 +95,8 @@ public:
     CollectionView* channelsCollectionView() const { return m_channelsCollectionView; }
     QQuickItem* progressLoadingViewContainer() const { return m_progressLoadingViewContainer; }
     QQuickItem* learnMoreButtonHitArea() const { return m_learnMoreButtonHitArea; }
+    QQuickItem* previousButton() const { return m_previousButton; }
+    QQuickItem* previousButtonGradient() const { return m_previousButtonGradient; }
     /// The top of the pager while it follows a downward drag.
     qreal channelsContainerTopOffset = 0;
 
@@ -115,11 +133,11 @@ public:
     /// The cube turn of the visible channels at `progress` of the way between two of them.
     void applyCubeTransition(qreal progress, NavigationDirection direction);
 
-    // The shared video node plays video pages; until video playback is plugged in these do
-    // nothing and video pages wait on their play-card still.
-    virtual void seekVideoToStart() {}
-    virtual void pauseVideo() {}
-    virtual void replaceVideoNode() {}
+    /// The one video node the page players share; a fresh one for every channel and video.
+    std::unique_ptr<VideoNode> videoNode;
+    VideoNode& replaceVideoNode();
+    void seekVideoToStart();
+    void pauseVideo();
 
     /// Shows the first-use instructions over the host; empty until an overlay is plugged in,
     /// and then the player starts as if they had been shown before.
@@ -128,12 +146,45 @@ public:
     /// overlay to show); otherwise marks them shown and answers false.
     bool takeInstructionsAlreadyShown();
 
-    /// Gesture state: the pager moved during the current touch.
+    // Gesture state of the current touch: whether the pager moved, the finger moved vertically
+    // or a swipe up happened (each turns a short press into no click), the first vertical
+    // translation of the pan, and the hold time counted in timer ticks.
     bool channelCollectionViewDidScroll = false;
+    bool hasPannedVertically = false;
+    bool hasSwipedUp = false;
+    std::optional<qreal> firstPanGestureTranslation;
+    double longHoldTime = 0;
+    Timer longHoldTimer;
+
+    enum class HoldTarget { Next, Previous };
+    /// A press (began) or its release (ended) on the pager (next) or the previous area.
+    void onButtonHold(GestureState state, HoldTarget target);
+    void buttonHoldTimerUpdate() { longHoldTime += kHoldTimerInterval; }
+    /// A vertical drag of `translation` points (downward positive) on the player.
+    void onPan(GestureState state, qreal translation);
+    void onSwipeUp();
+    /// Keys: right and left arrows act as presses on next and previous, space as a hold on
+    /// next, Escape closes, the volume keys turn the sound on. Answers whether it was used.
+    bool onKeyPressed(int key, bool isAutoRepeat);
+    bool onKeyReleased(int key, bool isAutoRepeat);
 
     QString description() const;
 
+public slots:
+    void onLearnMoreButtonHitAreaPressed();
+    void onCloseButtonHitAreaPressed();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private slots:
+    /// Touch phases from the scene: which control a press lands on decides what it means.
+    void onTouchBegan(QPointF scenePosition);
+    void onTouchMoved(QPointF translation);
+    void onTouchEnded(bool cancelled);
+
 private:
+    void setupGestures();
     void setupChannelCollectionInteractions();
     void onPagerCameToRest(NavigationDirection direction);
     void scrollPagerTo(int index, bool animated);
@@ -152,6 +203,12 @@ private:
     QPointer<QQuickItem> m_progressLoadingViewContainer;
     QPointer<QQuickItem> m_progressLoadingViewText;
     QPointer<QQuickItem> m_learnMoreButtonHitArea;
+    QPointer<QQuickItem> m_previousButton;
+    QPointer<QQuickItem> m_previousButtonGradient;
+    QPointer<QQuickItem> m_closeButtonHitArea;
+    std::optional<HoldTarget> m_touchHoldTarget;
+    bool m_touchPanning = false;
+    qreal m_touchTranslation = 0;
     Timer m_animation;
     qreal m_backgroundOpacity = 1.0;
 };

@@ -5,10 +5,17 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QPointer>
 
 #include "../Row/RowTestSupport.h"
 #include "Models/Channel.h"
 #include "Models/Page.h"
+#include "Services/DatabaseService.h"
+#include "ViewControllers/ChannelViewController.h"
+#include "ViewControllers/ChannelsHostViewController.h"
+#include "ViewControllers/PresentationStack.h"
+#include "Views/ChannelMediaCollectionDataSource.h"
+#include "Views/ChannelProgressCollectionDataSource.h"
 
 namespace PlayerTest {
 
@@ -51,5 +58,125 @@ inline QStringList eventLines(RowTest::Fixture& fixture) {
     }
     return lines;
 }
+
+/// A row in a phone-sized window with the player opened from one of its cells by a real click;
+/// time runs on the fixture's ManualScheduler, in timer-sized steps.
+class HostHarness {
+public:
+    explicit HostHarness(RowTest::Fixture& env) : m_env(env) {}
+
+    RowTest::Fixture& env() { return m_env; }
+    RowTest::Scene* scene() { return m_scene.get(); }
+    ChannelsHostViewController* host() const { return m_host; }
+    ChannelViewController* player() const {
+        return m_host ? m_host->currentChannelViewController() : nullptr;
+    }
+
+    /// Clears what the last test left in the store; the first-use instructions count as seen.
+    void reset() {
+        ChannelsHostViewController::installAsChannelPresenter();
+        DatabaseService& database = DatabaseService::sharedInstance();
+        database.setChannelInitialPageMapping({});
+        database.setChannelIsReadMapping({});
+        database.userDefaults().setValue(DatabaseService::Key::hasShownInstructions, true);
+        m_env.server().clearFaults();
+    }
+
+    /// A row over `channels` with the player opened by a click on cell `tap`, once the row has
+    /// loaded and `readyToTap` holds.
+    bool openFromRow(const QJsonArray& channels, int tap,
+                     const std::function<bool()>& readyToTap = {}) {
+        // A row strip along the top of a phone-sized window.
+        m_scene = m_env.loadedScene(channels, QString(), QSize(360, 120));
+        if (!m_scene) {
+            return false;
+        }
+        LumoraRowView* row = m_scene->row.get();
+        m_scene->window.resize(360, 640);
+        m_env.settle(row);
+        if (!m_env.settleUntil(row, [&] {
+                return DatabaseService::sharedInstance().allChannelsData().size() ==
+                           channels.size() &&
+                       m_scene->visibleCells().size() > tap &&
+                       row->cellCenters().value(tap).has_value() && (!readyToTap || readyToTap());
+            })) {
+            qWarning("the row did not load: %d channels, %d cells",
+                     int(DatabaseService::sharedInstance().allChannelsData().size()),
+                     int(m_scene->visibleCells().size()));
+            return false;
+        }
+        LumoraRowViewCell* cell = m_scene->visibleCells().at(tap);
+        QTest::mouseClick(&m_scene->window, Qt::LeftButton, {},
+                          cell->contentCenterInWindow().toPoint());
+        const QList<PresentableViewController*> presented =
+            PresentationStack::forWindow(&m_scene->window)->presentedViewControllers();
+        m_host = presented.isEmpty() ? nullptr
+                                     : qobject_cast<ChannelsHostViewController*>(presented.last());
+        return m_host;
+    }
+
+    /// Moves time on in timer-sized steps, with the events and animations each step causes.
+    void advance(double seconds) {
+        for (double done = 0; done < seconds - 1e-9; done += 0.05) {
+            m_env.clock.advance(0.05);
+            QCoreApplication::processEvents();
+            if (m_host) {
+                m_host->channelsCollectionView()->layoutIfNeeded();
+            }
+            m_env.animations.advanceBy(50);
+        }
+    }
+
+    /// Waits (for real I/O) until `condition` holds, running the main queue meanwhile.
+    template <typename Condition>
+    bool waitFor(Condition condition) {
+        return m_env.settleUntil(m_scene ? m_scene->row.get() : nullptr, condition);
+    }
+
+    /// Waits (for the image download) until page `page` of channel `channel` runs its timer.
+    bool waitForPageTimer(int channel, int page) {
+        return waitFor([&] {
+            ChannelViewController* p = player();
+            return m_host && m_host->currentVisibleChannelIndex() == channel && p &&
+                   p->currentIndex() == page && p->progressCollectionViewDataSource &&
+                   p->progressCollectionViewDataSource->progressTimer &&
+                   p->progressCollectionViewDataSource->progressTimer->isValid();
+        });
+    }
+
+    /// The next `expected` server events after the first `seen`, sorted (requests race).
+    QStringList eventsSince(int& seen, int expected) {
+        if (!QTest::qWaitFor([&] { return eventLines(m_env).size() >= seen + expected; }, 20000)) {
+            return eventLines(m_env).mid(seen);
+        }
+        QStringList lines = eventLines(m_env).mid(seen, expected);
+        seen += expected;
+        lines.sort();
+        return lines;
+    }
+
+    void closeHost() {
+        if (m_host) {
+            advance(0.3);
+            m_host->dismissToCellCenter();
+            advance(0.5);
+        }
+        QTRY_VERIFY(!m_host);
+    }
+
+    /// Closes the player if a test left it open and drops the scene.
+    void tearDown() {
+        if (m_host) {
+            closeHost();
+        }
+        m_scene.reset();
+        m_env.settle();
+    }
+
+private:
+    RowTest::Fixture& m_env;
+    std::unique_ptr<RowTest::Scene> m_scene;
+    QPointer<ChannelsHostViewController> m_host;
+};
 
 }  // namespace PlayerTest

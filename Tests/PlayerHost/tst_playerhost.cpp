@@ -32,107 +32,43 @@ void saveArtifact(const QImage& image, const QString& name) {
 QPointF centerOf(const QQuickItem* item) {
     return item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
 }
+
+constexpr char kChildVariable[] = "LUMORA_TEST_PLAYERHOST_CHILD";
+
+// Child mode: a list with read channels ahead of an unread one, whose tap cannot be shown.
+int openUnreadBehindReadChannels() {
+    Fixture env;
+    if (!QTest::qWaitFor([&] { return env.isReady(); }, 20000)) {
+        return 2;
+    }
+    HostHarness harness(env);
+    harness.reset();
+    harness.openFromRow(
+        QJsonArray{imageChannelJson(env, "r0", "read", 1), imageChannelJson(env, "r1", "read", 1),
+                   imageChannelJson(env, "u2", "unread", 1)},
+        2);
+    return 0;
+}
 }  // namespace
 
 class PlayerHostTest : public QObject {
     Q_OBJECT
 
     std::unique_ptr<Fixture> m_env;
-    std::unique_ptr<RowTest::Scene> m_scene;
-    QPointer<ChannelsHostViewController> m_host;
-    QList<int> m_dismissed;
-
-    /// A row over `channels` with the player opened by a click on cell `tap`.
-    bool openFromRow(const QJsonArray& channels, int tap) {
-        // A row strip along the top of a phone-sized window.
-        m_scene = m_env->loadedScene(channels, QString(), QSize(360, 120));
-        if (!m_scene) {
-            return false;
-        }
-        LumoraRowView* row = m_scene->row.get();
-        m_scene->window.resize(360, 640);
-        m_env->settle(row);
-        if (!m_env->settleUntil(row, [&] {
-                return DatabaseService::sharedInstance().allChannelsData().size() ==
-                           channels.size() &&
-                       m_scene->visibleCells().size() > tap &&
-                       row->cellCenters().value(tap).has_value();
-            })) {
-            qWarning("the row did not load: %d channels, %d cells",
-                     int(DatabaseService::sharedInstance().allChannelsData().size()),
-                     int(m_scene->visibleCells().size()));
-            return false;
-        }
-        LumoraRowViewCell* cell = m_scene->visibleCells().at(tap);
-        QTest::mouseClick(&m_scene->window, Qt::LeftButton, {},
-                          cell->contentCenterInWindow().toPoint());
-        const QList<PresentableViewController*> presented =
-            PresentationStack::forWindow(&m_scene->window)->presentedViewControllers();
-        m_host = presented.isEmpty() ? nullptr
-                                     : qobject_cast<ChannelsHostViewController*>(presented.last());
-        return m_host;
-    }
-    /// Moves time on in timer-sized steps, with the events and animations each step causes.
-    void advance(double seconds) {
-        for (double done = 0; done < seconds - 1e-9; done += 0.05) {
-            m_env->clock.advance(0.05);
-            QCoreApplication::processEvents();
-            if (m_host) {
-                m_host->channelsCollectionView()->layoutIfNeeded();
-            }
-            m_env->animations.advanceBy(50);
-        }
-    }
-    ChannelViewController* player() const {
-        return m_host ? m_host->currentChannelViewController() : nullptr;
-    }
-    /// Waits (for the image download) until page `page` of channel `channel` runs its timer.
-    bool waitForPageTimer(int channel, int page) {
-        return m_env->settleUntil(m_scene->row.get(), [&] {
-            ChannelViewController* p = player();
-            return m_host && m_host->currentVisibleChannelIndex() == channel && p &&
-                   p->currentIndex() == page && p->progressCollectionViewDataSource &&
-                   p->progressCollectionViewDataSource->progressTimer &&
-                   p->progressCollectionViewDataSource->progressTimer->isValid();
-        });
-    }
-    QStringList eventsSince(int& seen, int expected) {
-        if (!QTest::qWaitFor([&] { return eventLines(*m_env).size() >= seen + expected; }, 20000)) {
-            return eventLines(*m_env).mid(seen);
-        }
-        QStringList lines = eventLines(*m_env).mid(seen, expected);
-        seen += expected;
-        lines.sort();
-        return lines;
-    }
-    void closeHost() {
-        if (m_host) {
-            advance(0.3);
-            m_host->dismissToCellCenter();
-            advance(0.5);
-        }
-        QTRY_VERIFY(!m_host);
-    }
+    std::unique_ptr<HostHarness> m_h;
 
 private slots:
     void initTestCase() {
         m_env = std::make_unique<Fixture>();
         QTRY_VERIFY_WITH_TIMEOUT(m_env->isReady(), 20000);
+        m_h = std::make_unique<HostHarness>(*m_env);
     }
-    void init() {
-        ChannelsHostViewController::installAsChannelPresenter();
-        DatabaseService::sharedInstance().setChannelInitialPageMapping({});
-        DatabaseService::sharedInstance().setChannelIsReadMapping({});
-        m_env->server().clearFaults();
+    void init() { m_h->reset(); }
+    void cleanup() { m_h->tearDown(); }
+    void cleanupTestCase() {
+        m_h.reset();
+        m_env.reset();
     }
-    void cleanup() {
-        if (m_host) {
-            closeHost();
-        }
-        m_scene.reset();
-        m_env->settle();
-    }
-    void cleanupTestCase() { m_env.reset(); }
 
     void wholeRunFromATappedCell() {
         const QJsonArray channels{imageChannelJson(*m_env, "run-a", "unread", 2),
@@ -141,78 +77,79 @@ private slots:
         AudioSession& audio = AudioSession::sharedInstance();
         audio.setCategory(AudioSession::Category::Ambient, AudioSession::Mode::MoviePlayback, 0);
         int seen = int(eventLines(*m_env).size());
-        QVERIFY(openFromRow(channels, 0));
-        LumoraRowView* row = m_scene->row.get();
+        QVERIFY(m_h->openFromRow(channels, 0));
+        LumoraRowView* row = m_h->scene()->row.get();
         QVERIFY(row->isChannelHostActive());
         const QPointF cellCenter = *row->cellCenters().at(0);
 
         // Grows out of the tapped cell: starts there, tiny, over a clear background.
         m_env->clock.runUntilIdle();
-        QQuickItem* container = m_host->channelsCollectionContainerView();
+        QQuickItem* container = m_h->host()->channelsCollectionContainerView();
         QCOMPARE(container->scale(), ChannelsHostViewController::kClosedScale);
         QVERIFY2(
             (centerOf(container) - cellCenter).manhattanLength() < 1,
             qPrintable(
                 QStringLiteral("%1,%2").arg(centerOf(container).x()).arg(centerOf(container).y())));
-        advance(0.1);
+        m_h->advance(0.1);
         QVERIFY(container->scale() > 0.1 && container->scale() < 0.95);
-        advance(0.15);
+        m_h->advance(0.15);
         QCOMPARE(container->scale(), 1.0);
         QCOMPARE(centerOf(container), QPointF(180, 320));
-        QCOMPARE(m_host->view()->property("color").value<QColor>().alphaF(), 1.0f);
+        QCOMPARE(m_h->host()->view()->property("color").value<QColor>().alphaF(), 1.0f);
 
-        QVERIFY(waitForPageTimer(0, 0));
-        QCOMPARE(eventsSince(seen, 2),
+        QVERIFY(m_h->waitForPageTimer(0, 0));
+        QCOMPARE(m_h->eventsSince(seen, 2),
                  QStringList({"history run-a run-a-1", "openedChannel run-a run-a-1"}));
         // One timer runs the page: a tick every 0.05 s takes 5 of the page's 100 hundredths.
         const double remaining =
-            player()->progressCollectionViewDataSource->timerRemainingMs.value();
-        advance(0.5);
-        QCOMPARE(player()->progressCollectionViewDataSource->timerRemainingMs.value(),
+            m_h->player()->progressCollectionViewDataSource->timerRemainingMs.value();
+        m_h->advance(0.5);
+        QCOMPARE(m_h->player()->progressCollectionViewDataSource->timerRemainingMs.value(),
                  remaining - 50);
-        saveArtifact(m_scene->window.grabWindow(), QStringLiteral("player-mid-page"));
-        advance(0.5);
-        QVERIFY(waitForPageTimer(0, 1));
-        QCOMPARE(eventsSince(seen, 2),
+        saveArtifact(m_h->scene()->window.grabWindow(), QStringLiteral("player-mid-page"));
+        m_h->advance(0.5);
+        QVERIFY(m_h->waitForPageTimer(0, 1));
+        QCOMPARE(m_h->eventsSince(seen, 2),
                  QStringList({"completePage run-a run-a-2", "history run-a run-a-2"}));
 
         // The last page ends: the pager turns to the next channel like a cube.
         for (int step = 0; step < 60; ++step) {
-            const qreal x = m_host->channelsCollectionView()->contentOffset().x();
+            const qreal x = m_h->host()->channelsCollectionView()->contentOffset().x();
             if (x > 120 && x < 240) {
                 break;
             }
-            advance(0.05);
+            m_h->advance(0.05);
         }
-        const qreal offset = m_host->channelsCollectionView()->contentOffset().x();
+        const qreal offset = m_h->host()->channelsCollectionView()->contentOffset().x();
         QVERIFY2(offset > 36 && offset < 324, qPrintable(QString::number(offset)));
-        const QList<ChannelsCollectionViewCell*> turning = m_host->getVisibleChannelCells(true);
+        const QList<ChannelsCollectionViewCell*> turning =
+            m_h->host()->getVisibleChannelCells(true);
         QCOMPARE(turning.size(), 2);
         QVERIFY(perspectiveMultiplier(turning.first()->contentView()) < 0);
         QVERIFY(perspectiveMultiplier(turning.last()->contentView()) > 0);
-        saveArtifact(m_scene->window.grabWindow(), QStringLiteral("player-mid-cube-turn"));
-        QCOMPARE(eventsSince(seen, 2),
+        saveArtifact(m_h->scene()->window.grabWindow(), QStringLiteral("player-mid-cube-turn"));
+        QCOMPARE(m_h->eventsSince(seen, 2),
                  QStringList({"completeChannel run-a run-a-2", "completePage run-a run-a-2"}));
-        advance(0.3);
-        QVERIFY(waitForPageTimer(1, 0));
+        m_h->advance(0.3);
+        QVERIFY(m_h->waitForPageTimer(1, 0));
         QCOMPARE(row->currentlyOpenChannelIndex(), 1);
-        QCOMPARE(eventsSince(seen, 2),
+        QCOMPARE(m_h->eventsSince(seen, 2),
                  QStringList({"history run-b run-b-1", "openedChannel run-b run-b-1"}));
 
         // Past the last channel the player shrinks into that channel's cell and closes.
-        advance(1.0);
+        m_h->advance(1.0);
         const QPointF target = *row->cellCenters().at(1);
         QVERIFY(log.contains(
             QStringLiteral("LumoraSDK.ChannelsHostViewController dismissToCellCenter - to (%1, %2)")
                 .arg(target.x())
                 .arg(target.y())));
-        advance(0.5);
-        QTRY_VERIFY(!m_host);
+        m_h->advance(0.5);
+        QTRY_VERIFY(!m_h->host());
         QVERIFY(!row->isChannelHostActive());
         QCOMPARE(audio.category(), AudioSession::Category::Ambient);
         QCOMPARE(audio.mode(), AudioSession::Mode::MoviePlayback);
         QCOMPARE(audio.categoryOptions(), 0);
-        QCOMPARE(eventsSince(seen, 3),
+        QCOMPARE(m_h->eventsSince(seen, 3),
                  QStringList({"completeChannel run-b run-b-1", "completePage run-b run-b-1",
                               "dismissedChannel run-b run-b-1"}));
         // Viewing remembered the channels as read.
@@ -234,36 +171,45 @@ private slots:
             imageChannelJson(*m_env, "d0", "read", 1), imageChannelJson(*m_env, "d1", "unread", 1),
             imageChannelJson(*m_env, "d2", "read", 1), imageChannelJson(*m_env, "d3", "", 1)};
         LumoraTest::LogCapture log;
-        QVERIFY(openFromRow(channels, tap));
+        QVERIFY(m_h->openFromRow(channels, tap));
         QStringList ids;
-        for (ChannelViewController* player : m_host->contentViewControllers()) {
+        for (ChannelViewController* player : m_h->host()->contentViewControllers()) {
             ids << player->channel->id.value();
         }
         QCOMPARE(ids, expected);
-        QCOMPARE(m_host->startingIndex, tap);
+        QCOMPARE(m_h->host()->startingIndex, tap);
         QCOMPARE(log.contains(QStringLiteral(
                      "ChannelsHostViewController - starting from unread channel,\ndropping read "
                      "channels [d0, d2]")),
                  tap == 1);
 
         // A second open while this one is up is refused.
-        LumoraRowView* row = m_scene->row.get();
+        LumoraRowView* row = m_h->scene()->row.get();
         QVERIFY(!ChannelsHostViewController::presentChannel(0, row, {}, {}));
         QVERIFY(
             log.contains(QStringLiteral("ChannelsHostViewController - will not present channel -  "
                                         "already has an active host!")));
-        QCOMPARE(PresentationStack::forWindow(&m_scene->window)->presentedViewControllers().size(),
-                 1);
+        QCOMPARE(
+            PresentationStack::forWindow(&m_h->scene()->window)->presentedViewControllers().size(),
+            1);
+    }
+
+    void unreadTapPastTheChannelsLeftStops() {
+        const auto child =
+            LumoraTest::runSelf({}, {QString(kChildVariable) + "=1", "QT_FORCE_STDERR_LOGGING=1"});
+        QVERIFY2(child.crashed, qPrintable(child.standardError.right(2000)));
+        QVERIFY2(child.standardError.contains("starting index 2 out of range of 1 channels left"),
+                 qPrintable(child.standardError.right(2000)));
     }
 
     void imageThatNeverLoadsStillPlays() {
         QJsonObject broken = imageChannelJson(*m_env, "nl", "unread", 2, 1, "avatars/nobody.png");
-        QVERIFY(openFromRow(QJsonArray{broken}, 0));
-        advance(0.25);
-        QVERIFY(waitForPageTimer(0, 0));
-        QVERIFY(player()->getVisibleMediaCell(0)->mediaReady());
-        advance(1.0);
-        QVERIFY(waitForPageTimer(0, 1));
+        QVERIFY(m_h->openFromRow(QJsonArray{broken}, 0));
+        m_h->advance(0.25);
+        QVERIFY(m_h->waitForPageTimer(0, 0));
+        QVERIFY(m_h->player()->getVisibleMediaCell(0)->mediaReady());
+        m_h->advance(1.0);
+        QVERIFY(m_h->waitForPageTimer(0, 1));
     }
 
     void leavingForwardSkipsOnlyUnreadChannels_data() {
@@ -281,40 +227,41 @@ private slots:
         QFETCH(bool, skipped);
         const QJsonArray channels{imageChannelJson(*m_env, "s0", "unread", 3),
                                   imageChannelJson(*m_env, "s1", "unread", 1)};
-        QVERIFY(openFromRow(channels, 0));
-        advance(0.25);
-        QVERIFY(waitForPageTimer(0, 0));
+        QVERIFY(m_h->openFromRow(channels, 0));
+        m_h->advance(0.25);
+        QVERIFY(m_h->waitForPageTimer(0, 0));
         QVariantMap read;
         if (!flag.isEmpty()) {
             read.insert("s0", flag == "true");
         }
         DatabaseService::sharedInstance().setChannelIsReadMapping(read);
         int seen = int(eventLines(*m_env).size());
-        m_host->channelsCollectionDataSource->onScrollViewDidEndDecelerating(direction);
+        m_h->host()->channelsCollectionDataSource->onScrollViewDidEndDecelerating(direction);
         m_env->clock.runUntilIdle();
         // The new rest records the channel on screen as opened again; a skip comes first.
-        const QStringList lines = eventsSince(seen, skipped ? 3 : 2);
+        const QStringList lines = m_h->eventsSince(seen, skipped ? 3 : 2);
         QCOMPARE(lines.contains("skipChannel s0 s0-1"), skipped);
         QCOMPARE(lines.contains("openedChannel s0 s0-1"), true);
     }
 
     void previousOnTheFirstPageRestartsTheChannel() {
-        QVERIFY(openFromRow(QJsonArray{imageChannelJson(*m_env, "p0", "unread", 2, 2)}, 0));
-        advance(0.25);
-        QVERIFY(waitForPageTimer(0, 0));
-        advance(0.5);
-        ChannelProgressCollectionDataSource& progress = *player()->progressCollectionViewDataSource;
-        m_host->onPrevButtonPressed();
+        QVERIFY(m_h->openFromRow(QJsonArray{imageChannelJson(*m_env, "p0", "unread", 2, 2)}, 0));
+        m_h->advance(0.25);
+        QVERIFY(m_h->waitForPageTimer(0, 0));
+        m_h->advance(0.5);
+        ChannelProgressCollectionDataSource& progress =
+            *m_h->player()->progressCollectionViewDataSource;
+        m_h->host()->onPrevButtonPressed();
         m_env->clock.runUntilIdle();
         QVERIFY(!progress.progressTimer->isValid());
         const double remaining = progress.timerRemainingMs.value();
         // Restarts where it paused, after a short delay, on the same page.
-        m_env->clock.advance(ChannelsHostViewController::kShortDelay);
+        m_h->advance(ChannelsHostViewController::kShortDelay);
         QVERIFY(progress.progressTimer->isValid());
         QVERIFY(progress.isResumed);
-        QCOMPARE(player()->currentIndex(), 0);
+        QCOMPARE(m_h->player()->currentIndex(), 0);
         QCOMPARE(progress.timerRemainingMs.value(), remaining - progress.timerUpdateIntervalMs);
-        QCOMPARE(m_host->currentVisibleChannelIndex(), std::optional<int>(0));
+        QCOMPARE(m_h->host()->currentVisibleChannelIndex(), std::optional<int>(0));
     }
 
     void dragPastAnEndClosesOnlyAtThatEnd_data() {
@@ -333,20 +280,20 @@ private slots:
         // Pages long enough not to end by themselves meanwhile.
         const QJsonArray channels{imageChannelJson(*m_env, "e0", "unread", 1, 10),
                                   imageChannelJson(*m_env, "e1", "unread", 1, 10)};
-        QVERIFY(openFromRow(channels, tap));
-        advance(0.25);
-        ChannelsCollectionDataSource& pager = *m_host->channelsCollectionDataSource;
+        QVERIFY(m_h->openFromRow(channels, tap));
+        m_h->advance(0.25);
+        ChannelsCollectionDataSource& pager = *m_h->host()->channelsCollectionDataSource;
         // Letting go without having passed an end does nothing.
         pager.onScrollViewDidEndDraggingPastLimit();
-        advance(0.5);
-        QVERIFY(m_host);
-        QVERIFY(m_scene->row->isChannelHostActive());
-        QCOMPARE(m_host->currentVisibleChannelIndex(), std::optional<int>(tap));
+        m_h->advance(0.5);
+        QVERIFY(m_h->host());
+        QVERIFY(m_h->scene()->row->isChannelHostActive());
+        QCOMPARE(m_h->host()->currentVisibleChannelIndex(), std::optional<int>(tap));
         pager.onDragLimitExceeded(direction);
         pager.onScrollViewDidEndDraggingPastLimit();
-        advance(0.5);
-        QCOMPARE(m_scene->row->isChannelHostActive(), !closes);
-        QTRY_COMPARE(m_host.isNull(), closes);
+        m_h->advance(0.5);
+        QCOMPARE(m_h->scene()->row->isChannelHostActive(), !closes);
+        QTRY_COMPARE(!m_h->host(), closes);
     }
 
     void backgroundOpacityFadesTheHeaderGradient_data() {
@@ -360,13 +307,21 @@ private slots:
     void backgroundOpacityFadesTheHeaderGradient() {
         QFETCH(qreal, alpha);
         QFETCH(qreal, gradient);
-        QVERIFY(openFromRow(QJsonArray{imageChannelJson(*m_env, "g0", "unread", 1)}, 0));
-        advance(0.25);
-        m_host->setBackgroundOpacity(alpha);
-        QVERIFY(qAbs(player()->topGradient()->opacity() - gradient) < 1e-6);
-        QVERIFY(qAbs(m_host->view()->property("color").value<QColor>().alphaF() - alpha) < 0.01);
+        QVERIFY(m_h->openFromRow(QJsonArray{imageChannelJson(*m_env, "g0", "unread", 1)}, 0));
+        m_h->advance(0.25);
+        m_h->host()->setBackgroundOpacity(alpha);
+        QVERIFY(qAbs(m_h->player()->topGradient()->opacity() - gradient) < 1e-6);
+        QVERIFY(qAbs(m_h->host()->view()->property("color").value<QColor>().alphaF() - alpha) <
+                0.01);
     }
 };
 
-QTEST_MAIN(PlayerHostTest)
+int main(int argc, char** argv) {
+    QGuiApplication app(argc, argv);
+    if (qEnvironmentVariableIsSet(kChildVariable)) {
+        return openUnreadBehindReadChannels();
+    }
+    PlayerHostTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_playerhost.moc"

@@ -8,18 +8,19 @@ Rectangle {
     color: "#000000"
     clip: true
 
-    // Video pages play here; image pages hide it.
+    // The pages' stills; a video page shows its play card here until its video plays above.
+    CollectionView {
+        objectName: "mediaCollectionView"
+        width: root.width
+        height: root.height
+    }
+
+    // Video pages play here, over their play card; image pages hide it.
     Item {
         objectName: "videoContainerView"
         width: root.width
         height: root.height
         visible: false
-    }
-
-    CollectionView {
-        objectName: "mediaCollectionView"
-        width: root.width
-        height: root.height
     }
 
     Rectangle {

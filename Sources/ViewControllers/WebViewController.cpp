@@ -1,0 +1,342 @@
+#include "ViewControllers/WebViewController.h"
+
+#include <QCoreApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <algorithm>
+
+#include "Extensions/ColorExtensions.h"
+#include "Extensions/ViewExtensions.h"
+#include "Platform/ViewAnimation.h"
+#include "Services/Logger.h"
+#include "Views/FrameButtonView.h"
+#include "Views/ShapeLayer.h"
+
+namespace LumoraSDK {
+
+namespace {
+constexpr qreal kTopBarCornerRadius = 10;
+// Bars lighter than this get dark text and icons, darker ones white.
+constexpr qreal kLightBarLuminance = 0.6;
+
+// The web view, with its load events turned into the signals this screen listens to: progress
+// as a fraction, and the start and end (success or not) of each navigation.
+constexpr const char* kWebViewQml = R"(import QtQuick
+import QtWebEngine
+WebEngineView {
+    signal estimatedProgressChanged(real progress)
+    signal navigationStarted()
+    signal navigationFinished()
+    onLoadProgressChanged: estimatedProgressChanged(loadProgress / 100)
+    onLoadingChanged: (loadingInfo) => {
+        if (loadingInfo.status === WebEngineView.LoadStartedStatus)
+            navigationStarted()
+        else
+            navigationFinished()
+    }
+}
+)";
+
+void log(const QString& message, LogLevel level = LogLevel::debug) {
+    logger().log(message, level);
+}
+
+/// The item's anchor lines: their margins are the layout constraints the screen moves.
+QObject* anchorsOf(QQuickItem* item) {
+    return item ? item->property("anchors").value<QObject*>() : nullptr;
+}
+
+QColor contentColorOn(const QColor& bar) {
+    const qreal luminance = 0.2126 * bar.redF() + 0.7152 * bar.greenF() + 0.0722 * bar.blueF();
+    return luminance > kLightBarLuminance ? QColor(0x1a, 0x1a, 0x1a) : QColor(Qt::white);
+}
+}  // namespace
+
+const QString WebViewController::estimatedProgress = QStringLiteral("estimatedProgress");
+// The bar takes the brand's primary colour, the progress its secondary one.
+const Branding WebViewController::defaultBranding = Branding::defaultColors;
+
+WebViewController::WebViewController(QObject* parent) : PresentableViewController(parent) {}
+
+WebViewController::~WebViewController() {
+    m_requestTimeout.invalidate();
+    m_progressFade.invalidate();
+    m_springBack.invalidate();
+    stopObservingEstimatedProgress();
+    delete m_webView.data();
+}
+
+QString WebViewController::description() const {
+    return QStringLiteral("LumoraSDK.WebViewController");
+}
+
+bool WebViewController::canOpen(const QUrl& url) {
+    const QString scheme = url.scheme();
+    return url.isValid() && !url.host().isEmpty() &&
+           (scheme == QLatin1String("http") || scheme == QLatin1String("https"));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Lifecycle
+
+void WebViewController::viewDidLoad() {
+    PresentableViewController::viewDidLoad();
+    m_topBarView = outlet(QStringLiteral("topBarView"));
+    m_pageTitle = outlet(QStringLiteral("pageTitle"));
+    m_pageUrl = outlet(QStringLiteral("pageUrl"));
+    m_containerView = outlet(QStringLiteral("containerView"));
+    m_progressBar = outlet(QStringLiteral("progressBar"));
+    m_closeButton = outlet<FrameButtonView>(QStringLiteral("closeButton"));
+    m_topBarTopConstraint = anchorsOf(m_topBarView);
+    m_progressBarTrailingConstraint = anchorsOf(m_progressBar);
+
+    connect(m_closeButton, &FrameButtonView::clicked, this,
+            &WebViewController::onCloseButtonPressed);
+    // The bar's background is drawn at the bar's size, so it is redrawn when that changes.
+    connect(m_topBarView, &QQuickItem::widthChanged, this,
+            &WebViewController::applyTopBarBackground);
+    connect(m_topBarView, &QQuickItem::heightChanged, this,
+            &WebViewController::applyTopBarBackground);
+}
+
+void WebViewController::viewWillAppear(bool animated) {
+    PresentableViewController::viewWillAppear(animated);
+    setup(branding);
+}
+
+void WebViewController::setup(const std::optional<Branding>& branding) {
+    loadViewIfNeeded();
+    const Branding colors = branding.value_or(defaultBranding);
+    m_topBarColor =
+        colorFromHexString(colors.primaryColor.value_or(*defaultBranding.primaryColor), 1.0);
+    applyTopBarBackground();
+    view()->setProperty("barContentColor", contentColorOn(m_topBarColor));
+    m_progressBar->setProperty(
+        "color",
+        colorFromHexString(colors.secondaryColor.value_or(*defaultBranding.secondaryColor), 1.0));
+
+    if (url && !canOpen(*url)) {
+        log(description() + QStringLiteral(" - refusing to open \"") + url->toString() +
+                QStringLiteral("\": only http and https pages are shown"),
+            LogLevel::error);
+    }
+    if (!url || !canOpen(*url) || !createWebView()) {
+        stopObservingEstimatedProgress();
+        // On the next turn, so that a presentation under way is in place before it is undone.
+        QPointer<WebViewController> self(this);
+        MainQueue::async([self] {
+            if (self) {
+                self->dismissAndNotify();
+            }
+        });
+        return;
+    }
+    log(description() + QStringLiteral(" - loading ") + url->toString());
+    m_webView->setProperty("url", *url);
+    QPointer<WebViewController> self(this);
+    m_requestTimeout = Scheduler::current().after(kRequestTimeout, [self] {
+        if (self && self->m_webView && self->m_webView->property("loading").toBool()) {
+            log(self->description() + QStringLiteral(" - the page did not load in time"),
+                LogLevel::error);
+            QMetaObject::invokeMethod(self->m_webView, "stop");
+        }
+    });
+}
+
+void WebViewController::applyTopBarBackground() {
+    if (!m_topBarView || !m_topBarColor.isValid()) {
+        return;
+    }
+    clearShapeLayers(m_topBarView);
+    ShapeLayer* background =
+        createBorder(m_topBarView, 0, Qt::transparent, m_topBarColor, kTopBarCornerRadius,
+                     RectCorner::TopLeft | RectCorner::TopRight, std::nullopt);
+    background->insertInto(m_topBarView, 0);
+}
+
+bool WebViewController::createWebView() {
+    if (m_webView) {
+        stopObservingEstimatedProgress();
+        delete m_webView.data();
+    }
+    if (!QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts)) {
+        // Qt WebEngine was set up too late to share the scene's graphics (the SDK loaded after
+        // the application object, for instance); a web view now could take the process down.
+        log(description() +
+                QStringLiteral(" - the web view is not available: Qt WebEngine was not prepared; "
+                               "call Lumora::prepareApplication() before creating the "
+                               "QGuiApplication"),
+            LogLevel::error);
+        return false;
+    }
+    QQmlEngine* engine = qmlEngine(view());
+    if (!engine) {
+        engine = engineFor(window());
+    }
+    QQmlComponent component(engine);
+    component.setData(kWebViewQml, QUrl());
+    QObject* object = component.create();
+    auto* item = qobject_cast<QQuickItem*>(object);
+    if (!item) {
+        log(description() + QStringLiteral(" - the web view is not available: ") +
+                component.errorString().trimmed(),
+            LogLevel::error);
+        delete object;
+        return false;
+    }
+    QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
+    item->setParent(this);
+    item->setParentItem(m_containerView);
+    item->setSize(m_containerView->size());
+    anchorsOf(item)->setProperty("fill", QVariant::fromValue<QQuickItem*>(m_containerView));
+    connect(item, SIGNAL(navigationStarted()), this, SLOT(onNavigationStarted()));
+    connect(item, SIGNAL(navigationFinished()), this, SLOT(onNavigationFinished()));
+    m_progressObservation = connect(item, SIGNAL(estimatedProgressChanged(double)), this,
+                                    SLOT(onEstimatedProgressChanged(double)));
+    m_webView = item;
+    return true;
+}
+
+void WebViewController::stopObservingEstimatedProgress() {
+    if (m_progressObservation) {
+        disconnect(m_progressObservation);
+        m_progressObservation = {};
+    }
+}
+
+void WebViewController::dismissAndNotify() {
+    if (m_dismissing) {
+        return;
+    }
+    m_dismissing = true;
+    m_requestTimeout.invalidate();
+    // A copy, so that it runs even when the presentation releases this screen on the way out.
+    const std::function<void()> callback = onDismissed;
+    if (!presentingViewController()) {
+        // Not on screen: nothing to take away.
+        if (callback) {
+            callback();
+        }
+        return;
+    }
+    dismiss(true, [callback] {
+        if (callback) {
+            callback();
+        }
+    });
+}
+
+// ---------------------------------------------------------------------------------------------
+// Progress and navigation
+
+void WebViewController::observeValue(const QString& keyPath, double newValue) {
+    if (keyPath != estimatedProgress || !m_progressBar) {
+        return;
+    }
+    m_progressFade.invalidate();
+    m_progressBar->setOpacity(1.0);
+    setProgressBarTrailingConstraint((1.0 - newValue) * m_topBarView->width());
+}
+
+void WebViewController::onEstimatedProgressChanged(double progress) {
+    observeValue(estimatedProgress, progress);
+}
+
+void WebViewController::onNavigationStarted() {
+    webViewDidStartProvisionalNavigation();
+}
+
+void WebViewController::onNavigationFinished() {
+    m_requestTimeout.invalidate();
+    webViewDidFinish();
+}
+
+void WebViewController::webViewDidStartProvisionalNavigation() {
+    setLabels();
+}
+
+void WebViewController::webViewDidFinish() {
+    setLabels();
+    if (m_progressBar) {
+        m_progressFade =
+            ViewAnimation::animate(kProgressFadeDuration, {{m_progressBar.data(), "opacity", 0.0}});
+    }
+}
+
+void WebViewController::setLabels() {
+    const QUrl current = m_webView ? m_webView->property("url").toUrl() : QUrl();
+    m_pageTitle->setProperty("text",
+                             m_webView ? m_webView->property("title").toString() : QString());
+    m_pageUrl->setProperty("text", current.isEmpty() ? QString() : current.toString());
+}
+
+// ---------------------------------------------------------------------------------------------
+// Gestures and buttons
+
+void WebViewController::forwardPan(int state, qreal dy) {
+    panGestureAction(static_cast<GestureState>(state), dy);
+}
+
+void WebViewController::panGestureAction(GestureState state, qreal dy) {
+    QQuickItem* root = view();
+    const qreal height = std::max<qreal>(root->height(), 1);
+    const qreal alpha = std::max<qreal>(0, 1 - dy / height - kDragAlphaOffset);
+    QColor background = root->property("color").value<QColor>();
+    switch (state) {
+        case GestureState::Changed:
+            m_springBack.invalidate();
+            // Dragging up never lifts the bar above its rest position.
+            setTopBarTopConstraint(std::max<qreal>(dy, 0));
+            background.setAlphaF(alpha);
+            root->setProperty("color", background);
+            break;
+        case GestureState::Ended:
+            if (alpha < kDismissAlphaThreshold) {
+                background.setAlphaF(0);
+                root->setProperty("color", background);
+                stopObservingEstimatedProgress();
+                dismissAndNotify();
+            } else {
+                // The background keeps the alpha the drag reached; only the bar returns.
+                m_springBack = ViewAnimation::animate(kSpringBackDuration,
+                                                      {{m_topBarTopConstraint, "topMargin", 0.0}});
+            }
+            break;
+        default:
+            log(QStringLiteral("panGestureAction - state ") + QString::number(int(state)));
+            break;
+    }
+}
+
+void WebViewController::onCloseButtonPressed() {
+    stopObservingEstimatedProgress();
+    dismissAndNotify();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Constraints
+
+qreal WebViewController::topBarTopConstraint() const {
+    return m_topBarTopConstraint ? m_topBarTopConstraint->property("topMargin").toReal() : 0;
+}
+
+void WebViewController::setTopBarTopConstraint(qreal constant) {
+    if (m_topBarTopConstraint) {
+        m_topBarTopConstraint->setProperty("topMargin", constant);
+    }
+}
+
+qreal WebViewController::progressBarTrailingConstraint() const {
+    return m_progressBarTrailingConstraint
+               ? m_progressBarTrailingConstraint->property("rightMargin").toReal()
+               : 0;
+}
+
+void WebViewController::setProgressBarTrailingConstraint(qreal constant) {
+    if (m_progressBarTrailingConstraint) {
+        m_progressBarTrailingConstraint->setProperty("rightMargin", constant);
+    }
+}
+
+}  // namespace LumoraSDK

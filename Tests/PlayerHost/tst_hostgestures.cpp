@@ -1,0 +1,256 @@
+// The player's gestures: press-and-hold timing against clicks, what blocks a click, the pan that
+// closes or springs back, the swipe up into the page's link, and real pointer and key events on
+// the offscreen player checked through the page, the page timer and the server's events.
+
+#include <QQuickItem>
+#include <QTest>
+
+#include "PlayerTestSupport.h"
+#include "ViewControllers/WebViewController.h"
+#include "TestSupport.h"
+
+using namespace LumoraSDK;
+using namespace PlayerTest;
+using RowTest::Fixture;
+using Target = ChannelsHostViewController::HoldTarget;
+
+Q_DECLARE_METATYPE(Target)
+
+namespace {
+/// Three image pages of `duration` seconds; the second can be made unskippable.
+QJsonObject channelJson(Fixture& env, const QString& id, bool secondSkippable = true,
+                        const QString& link = QString()) {
+    QJsonObject channel = imageChannelJson(env, id, QStringLiteral("unread"), 3, 10);
+    QJsonArray pages = channel.value(QStringLiteral("pages")).toArray();
+    QJsonObject second = pages.at(1).toObject();
+    second.insert(QStringLiteral("skippable"), secondSkippable);
+    if (!link.isEmpty()) {
+        second.insert(QStringLiteral("swipeUpUrl"), link);
+        second.insert(QStringLiteral("swipeUpText"), QStringLiteral("More"));
+    }
+    pages.replace(1, second);
+    channel.insert(QStringLiteral("pages"), pages);
+    return channel;
+}
+
+bool timerRuns(ChannelViewController* player) {
+    return player && player->progressCollectionViewDataSource->progressTimer &&
+           player->progressCollectionViewDataSource->progressTimer->isValid();
+}
+}  // namespace
+
+class HostGesturesTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<Fixture> m_env;
+    std::unique_ptr<HostHarness> m_h;
+    /// Server events accounted for.
+    int m_seen = 0;
+
+    /// The player open on the second page of a fresh channel, its timer running, and the
+    /// server's events of getting there in.
+    bool openOnSecondPage(const QString& id, bool skippable = true, const QString& link = {}) {
+        m_seen = int(eventLines(*m_env).size());
+        if (!m_h->openFromRow(QJsonArray{channelJson(*m_env, id, skippable, link)}, 0)) {
+            return false;
+        }
+        m_h->advance(0.25);
+        if (!m_h->waitForPageTimer(0, 0) || m_h->eventsSince(m_seen, 2).size() != 2) {
+            return false;
+        }
+        m_h->host()->onNextButtonPressed(true);
+        m_env->clock.runUntilIdle();
+        return m_h->waitForPageTimer(0, 1) && m_h->eventsSince(m_seen, 2).size() == 2;
+    }
+    /// Holds for `ticks` ticks of the hold timer, the first of which counts at once.
+    void hold(Target target, int ticks, const std::function<void()>& meanwhile = {}) {
+        ChannelsHostViewController* host = m_h->host();
+        host->onButtonHold(GestureState::Began, target);
+        m_env->clock.runUntilIdle();
+        for (int tick = 1; tick < ticks; ++tick) {
+            m_env->clock.advance(ChannelsHostViewController::kHoldTimerInterval);
+        }
+        if (meanwhile) {
+            meanwhile();
+        }
+        host->onButtonHold(GestureState::Ended, target);
+        m_env->clock.runUntilIdle();
+    }
+
+private slots:
+    void initTestCase() {
+        m_env = std::make_unique<Fixture>();
+        QTRY_VERIFY_WITH_TIMEOUT(m_env->isReady(), 20000);
+        m_h = std::make_unique<HostHarness>(*m_env);
+    }
+    void init() { m_h->reset(); }
+    void cleanup() { m_h->tearDown(); }
+    void cleanupTestCase() {
+        m_h.reset();
+        m_env.reset();
+    }
+
+    void holdOrClick_data() {
+        QTest::addColumn<Target>("target");
+        QTest::addColumn<int>("ticks");
+        QTest::addColumn<bool>("skippable");
+        QTest::addColumn<QString>("flags");  // s: pager scrolled, p: panned, u: swiped up
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QString>("logged");
+        QTest::addColumn<bool>("resumed");
+        QTest::newRow("59 ticks: click") << Target::Next << 59 << true << "" << 2 << "PASSED as click" << true;
+        QTest::newRow("60 ticks: hold") << Target::Next << 60 << true << "" << 1 << "PASSED as hold release" << true;
+        QTest::newRow("previous click") << Target::Previous << 1 << true << "" << 0 << "PASSED as click" << true;
+        QTest::newRow("unskippable: next blocked") << Target::Next << 1 << false << "" << 1 << "BLOCKED (reason: page not skippable)" << true;
+        QTest::newRow("unskippable: previous passes") << Target::Previous << 1 << false << "" << 0 << "PASSED as click" << true;
+        QTest::newRow("pager moved: not resumed") << Target::Next << 1 << true << "s" << 1 << "BLOCKED (reason: channel collection view scrolled)" << false;
+        QTest::newRow("panned") << Target::Next << 1 << true << "p" << 1 << "BLOCKED (reason: panned vertically)" << true;
+        QTest::newRow("panned over moved pager") << Target::Previous << 1 << true << "sp" << 1 << "BLOCKED (reason: panned vertically)" << false;
+        QTest::newRow("swiped up outranks both") << Target::Next << 1 << true << "spu" << 1 << "BLOCKED (reason: swiped up)" << false;
+    }
+    void holdOrClick() {
+        QFETCH(Target, target);
+        QFETCH(int, ticks);
+        QFETCH(bool, skippable);
+        QFETCH(QString, flags);
+        QFETCH(int, page);
+        QFETCH(QString, logged);
+        QFETCH(bool, resumed);
+        QVERIFY(openOnSecondPage(QStringLiteral("h%1").arg(QTest::currentDataTag()).left(20).simplified().replace(' ', '-'), skippable));
+        ChannelsHostViewController* host = m_h->host();
+        LumoraTest::LogCapture log;
+        hold(target, ticks, [&] {
+            // Held: the page's timer stands still.
+            QVERIFY(!timerRuns(m_h->player()));
+            host->channelCollectionViewDidScroll = flags.contains('s');
+            host->hasPannedVertically = flags.contains('p');
+            host->hasSwipedUp = flags.contains('u');
+        });
+        QVERIFY(log.contains(QStringLiteral("onButtonHold - UIGestureRecognizer.State.ended -> ") + logged));
+        QCOMPARE(m_h->player()->currentIndex(), page);
+        if (page == 1) {
+            QCOMPARE(timerRuns(m_h->player()), resumed);
+        }
+        QVERIFY(!host->channelCollectionViewDidScroll && !host->hasPannedVertically && !host->hasSwipedUp);
+        QVERIFY(!host->longHoldTimer.isValid());
+    }
+
+    void panClosesOrSpringsBack_data() {
+        QTest::addColumn<QList<qreal>>("path");  // translations as fractions of the height
+        QTest::addColumn<qreal>("scale");       // while at the last point
+        QTest::addColumn<bool>("closes");
+        QTest::newRow("10% down springs back") << QList<qreal>{0.05, 0.1} << 0.975 << false;
+        QTest::newRow("25% down closes") << QList<qreal>{0.1, 0.25} << 0.975 << true;
+        QTest::newRow("1% down: barely scaled") << QList<qreal>{0.01} << 1.0 << false;
+        QTest::newRow("up: full size, no lift") << QList<qreal>{-0.05, -0.1} << 1.0 << false;
+    }
+    void panClosesOrSpringsBack() {
+        QFETCH(QList<qreal>, path);
+        QFETCH(qreal, scale);
+        QFETCH(bool, closes);
+        QVERIFY(openOnSecondPage(QStringLiteral("pan")));
+        ChannelsHostViewController* host = m_h->host();
+        const qreal height = host->view()->height();
+        host->onPan(GestureState::Began, 0);
+        for (qreal fraction : path) {
+            host->onPan(GestureState::Changed, fraction * height);
+        }
+        QVERIFY(qAbs(host->channelsCollectionContainerView()->scale() - scale) < 1e-9);
+        QVERIFY(host->channelsCollectionContainerView()->y() >= 0);
+        host->onPan(GestureState::Ended, path.last() * height);
+        m_h->advance(0.5);
+        QTRY_COMPARE(!m_h->host(), closes);
+        if (!closes) {
+            QCOMPARE(host->channelsCollectionContainerView()->y(), 0.0);
+            QCOMPARE(host->channelsCollectionContainerView()->scale(), 1.0);
+        }
+    }
+
+    void swipeUpOpensTheLinkOnce_data() {
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<int>("viewers");
+        QTest::newRow("web link") << "http://127.0.0.1:9/page" << 1;
+        QTest::newRow("no link: resumes") << "" << 0;
+        QTest::newRow("script link refused") << "javascript:alert(1)" << 0;
+    }
+    void swipeUpOpensTheLinkOnce() {
+        QFETCH(QString, link);
+        QFETCH(int, viewers);
+        QVERIFY(openOnSecondPage(QStringLiteral("up"), true, link));
+        ChannelsHostViewController* host = m_h->host();
+        host->onButtonHold(GestureState::Began, Target::Next);
+        host->onPan(GestureState::Began, 0);
+        for (qreal y : {-20.0, -120.0, -200.0, -300.0}) {
+            host->onPan(GestureState::Changed, y);
+        }
+        host->onPan(GestureState::Ended, -300);
+        host->onButtonHold(GestureState::Ended, Target::Next);
+        m_env->clock.runUntilIdle();
+        const auto presented = PresentationStack::forWindow(&m_h->scene()->window)->presentedViewControllers();
+        QCOMPARE(int(presented.size()), 1 + viewers);
+        QCOMPARE(m_h->player()->currentIndex(), 1);
+        QCOMPARE(timerRuns(m_h->player()), viewers == 0);
+        if (viewers) {
+            QCOMPARE(m_h->eventsSince(m_seen, 1), QStringList{"swipeUpOnPage up up-2"});
+            qobject_cast<WebViewController*>(presented.last())->onCloseButtonPressed();
+            m_h->advance(1.0);
+            QVERIFY(timerRuns(m_h->player()));
+            QVERIFY(!host->hasSwipedUp);
+        }
+    }
+
+    void pointerAndKeys_data() {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QString>("event");
+        QTest::newRow("tap right") << "tap 300" << 2 << "skipPage pk-tap-right pk-tap-right-3";
+        QTest::newRow("tap left") << "tap 40" << 0 << "previousPage pk-tap-left pk-tap-left-1";
+        QTest::newRow("hold") << "hold" << 1 << "";
+        QTest::newRow("drag down") << "drag" << -1 << "dismissedChannel pk-drag-down pk-drag-down-2";
+        QTest::newRow("right arrow") << "key right" << 2 << "skipPage pk-right-arrow pk-right-arrow-3";
+        QTest::newRow("escape") << "key escape" << -1 << "dismissedChannel pk-escape pk-escape-2";
+    }
+    void pointerAndKeys() {
+        QFETCH(QString, action);
+        QFETCH(int, page);
+        QFETCH(QString, event);
+        const QString id = QStringLiteral("pk-") + QString::fromLatin1(QTest::currentDataTag()).replace(' ', '-');
+        QVERIFY(openOnSecondPage(id));
+        QQuickWindow* window = &m_h->scene()->window;
+        const QPoint middle(180, 320);
+        if (action.startsWith("tap")) {
+            QTest::mouseClick(window, Qt::LeftButton, {}, QPoint(action.mid(4).toInt(), 320));
+        } else if (action == "hold") {
+            QTest::mousePress(window, Qt::LeftButton, {}, middle);
+            const double remaining = *m_h->player()->progressCollectionViewDataSource->timerRemainingMs;
+            m_h->advance(1.0);
+            QCOMPARE(*m_h->player()->progressCollectionViewDataSource->timerRemainingMs, remaining);
+            QVERIFY(!m_h->player()->isInteractiveLayoutVisible);
+            QTest::mouseRelease(window, Qt::LeftButton, {}, middle);
+        } else if (action == "drag") {
+            QTest::mousePress(window, Qt::LeftButton, {}, middle);
+            for (int y = 330; y <= 520; y += 10) {
+                QTest::mouseMove(window, QPoint(180, y));
+            }
+            QTest::mouseRelease(window, Qt::LeftButton, {}, QPoint(180, 520));
+        } else {
+            QTest::keyClick(window, action == "key right" ? Qt::Key_Right : Qt::Key_Escape);
+        }
+        m_h->advance(0.6);
+        if (page < 0) {
+            QTRY_VERIFY(!m_h->host());
+        } else {
+            QCOMPARE(m_h->player()->currentIndex(), page);
+            QVERIFY(timerRuns(m_h->player()));
+            QVERIFY(m_h->player()->isInteractiveLayoutVisible);
+        }
+        if (!event.isEmpty()) {
+            // Moving a page also records the new page's history; closing records only itself.
+            const QStringList events = m_h->eventsSince(m_seen, page < 0 ? 1 : 2);
+            QVERIFY2(events.contains(event), qPrintable(events.join(", ")));
+        }
+    }
+};
+
+QTEST_MAIN(HostGesturesTest)
+#include "tst_hostgestures.moc"

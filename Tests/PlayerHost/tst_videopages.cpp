@@ -1,0 +1,160 @@
+// Video pages in the player, with real videos served by lumora-devserver: time updates fill the
+// page's progress segment, a stall dims the video, the end of the video ends the page once, and
+// a prefetched video starts from the cache. Playback itself runs for real; the page timers run
+// on ManualScheduler.
+
+#include <QMediaPlayer>
+#include <QQuickItem>
+#include <QTest>
+
+#include "Platform/VideoNode.h"
+#include "Platform/VideoPlayerItem.h"
+#include "PlayerTestSupport.h"
+#include "Services/VideoPrefetchService.h"
+#include "TestSupport.h"
+#include "Views/ChannelMediaCollectionViewCell.h"
+#include "Views/ChannelProgressCollectionViewCell.h"
+
+using namespace LumoraSDK;
+using namespace PlayerTest;
+using RowTest::Fixture;
+
+namespace {
+/// A channel whose first page is the 6-second demo video "music/page-1.mp4" and whose second is
+/// an image.
+QJsonObject videoChannelJson(Fixture& env, const QString& id) {
+    QJsonObject channel = imageChannelJson(env, id, QStringLiteral("unread"), 2, 5);
+    QJsonArray pages = channel.value(QStringLiteral("pages")).toArray();
+    QJsonObject video = pages.at(0).toObject();
+    video.insert(QStringLiteral("type"), QStringLiteral("video"));
+    video.insert(QStringLiteral("duration"), 6);
+    video.insert(QStringLiteral("url"), env.mediaUrl(QStringLiteral("music/page-1.mp4")));
+    video.insert(QStringLiteral("playcardUrl"),
+                 env.mediaUrl(QStringLiteral("music/page-1-playcard.png")));
+    pages.replace(0, video);
+    channel.insert(QStringLiteral("pages"), pages);
+    return channel;
+}
+
+qreal segmentProgress(ChannelViewController& player, int index) {
+    for (CollectionViewCell* cell : player.progressCollectionView()->visibleCells()) {
+        auto* segment = qobject_cast<ChannelProgressCollectionViewCell*>(cell);
+        if (segment && segment->progressIndex == index) {
+            return segment->progressPercent;
+        }
+    }
+    return -1;
+}
+}  // namespace
+
+class VideoPagesTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<Fixture> m_env;
+    std::unique_ptr<HostHarness> m_h;
+
+    /// Opens a video channel and waits until its video plays in the page's video area.
+    VideoNode* openPlaying(const QString& id, const std::function<bool()>& readyToTap = {}) {
+        if (!m_h->openFromRow(QJsonArray{videoChannelJson(*m_env, id)}, 0, readyToTap)) {
+            return nullptr;
+        }
+        m_h->advance(0.25);
+        const bool playing = m_h->waitFor([&] {
+            VideoNode* node = m_h->host() ? m_h->host()->videoNode.get() : nullptr;
+            ChannelMediaCollectionViewCell* cell = m_h->player()->getVisibleMediaCell(0);
+            return node && cell && cell->mediaReady() && node->isPlaying() &&
+                   node->currentItemDuration() && node->existingView() &&
+                   node->existingView()->parentItem() == m_h->player()->videoContainerView();
+        });
+        return playing ? m_h->host()->videoNode.get() : nullptr;
+    }
+
+private slots:
+    void initTestCase() {
+        m_env = std::make_unique<Fixture>();
+        QTRY_VERIFY_WITH_TIMEOUT(m_env->isReady(), 20000);
+        m_h = std::make_unique<HostHarness>(*m_env);
+    }
+    void init() { m_h->reset(); }
+    void cleanup() { m_h->tearDown(); }
+    void cleanupTestCase() {
+        m_h.reset();
+        m_env.reset();
+    }
+
+    void timeUpdatesFillTheSegment_data() {
+        QTest::addColumn<double>("at");
+        QTest::addColumn<bool>("sharing");
+        QTest::newRow("a quarter in") << 0.25 << false;
+        QTest::newRow("nearly done") << 0.95 << false;
+        QTest::newRow("while sharing: paused instead") << 0.5 << true;
+    }
+    void timeUpdatesFillTheSegment() {
+        QFETCH(double, at);
+        QFETCH(bool, sharing);
+        VideoNode* node = openPlaying(QStringLiteral("v-time"));
+        QVERIFY(node);
+        ChannelViewController& player = *m_h->player();
+        QCOMPARE(player.getVideoNodeUrl(), m_env->mediaUrl(QStringLiteral("music/page-1.mp4")));
+        player.isSharing = sharing;
+        player.videoNodeDidPlayToTimeInterval(*node, at * *node->currentItemDuration());
+        // Updates queued by earlier real ticks run first; this one lands last.
+        m_env->clock.runUntilIdle();
+        QCOMPARE(qAbs(segmentProgress(player, 0) - at) < 1e-9, !sharing);
+        QTRY_COMPARE(node->isPlaying(), !sharing);
+        QCOMPARE(player.currentIndex(), 0);
+        player.isSharing = false;
+    }
+
+    void aStallDimsUntilTheNextUpdate() {
+        VideoNode* node = openPlaying(QStringLiteral("v-stall"));
+        QVERIFY(node);
+        ChannelViewController& player = *m_h->player();
+        LumoraTest::LogCapture log;
+        player.videoNodeDidStallAtTimeInterval(*node, 1.5);
+        QCOMPARE(player.videoContainerView()->opacity(), 0.8);
+        QVERIFY(!player.mediaCollectionView()->isVisible());
+        QVERIFY(log.contains(QStringLiteral("videoNode ") + player.getVideoNodeUrl() +
+                             QStringLiteral(" - didStallAtTimeInterval 1.5")));
+        player.videoNodeDidPlayToTimeInterval(*node, 1.6);
+        QCOMPARE(player.videoContainerView()->opacity(), 1.0);
+        QVERIFY(player.mediaCollectionView()->isVisible());
+    }
+
+    void theVideosLengthEndsThePageOnce() {
+        VideoNode* node = openPlaying(QStringLiteral("v-end"));
+        QVERIFY(node);
+        int seen = int(eventLines(*m_env).size());
+        // Close to the end, then the real playback runs out.
+        const double length = *node->currentItemDuration();
+        node->player()->setPosition(qint64(length * 1000) - 400);
+        QVERIFY(m_h->waitFor([&] { return m_h->player()->currentIndex() == 1; }));
+        QCOMPARE(node->delegate(), nullptr);
+        // Later reports of the same node go nowhere: the page does not move again.
+        node->player()->setPosition(qint64(length * 1000) - 300);
+        node->playImmediately();
+        QTRY_COMPARE_WITH_TIMEOUT(node->player()->mediaStatus(), QMediaPlayer::EndOfMedia, 10000);
+        m_h->advance(0.05);
+        QCOMPARE(m_h->player()->currentIndex(), 1);
+        QCOMPARE(m_h->eventsSince(seen, 2),
+                 QStringList({"completePage v-end v-end-2", "history v-end v-end-2"}));
+        QCOMPARE(eventLines(*m_env).size(), seen);
+    }
+
+    void aPrefetchedVideoStartsFromTheCache() {
+        // The row hands the resume page's video of each channel to the cache as it loads; the
+        // viewer taps once it is ready.
+        const QString url = m_env->mediaUrl(QStringLiteral("music/page-1.mp4"));
+        LumoraTest::LogCapture log;
+        VideoNode* node = openPlaying(QStringLiteral("v-cache"), [&] {
+            return VideoPrefetchService::cachedVideoUrls().contains(url);
+        });
+        QVERIFY(node);
+        QVERIFY(log.contains(QStringLiteral(" loadVideo - ") + url +
+                             QStringLiteral(" video is ready")));
+        QVERIFY(!log.contains(QStringLiteral("no cached AVPlayerItem for ") + url));
+    }
+};
+
+QTEST_MAIN(VideoPagesTest)
+#include "tst_videopages.moc"

@@ -1,0 +1,255 @@
+// The web page viewer in a real offscreen window: drag to dismiss through real pointer events,
+// the progress bar, refused addresses, and a real page from lumora-devserver over loopback.
+#include <QDir>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+#include <memory>
+
+#include "DevServer.h"
+#include "Lumora.h"
+#include "Platform/Scheduler.h"
+#include "TestSupport.h"
+#include "ViewControllers/PresentationStack.h"
+#include "ViewControllers/WebViewController.h"
+#include "Views/FrameButtonView.h"
+
+using namespace LumoraSDK;
+
+namespace {
+// Phone-sized; the height makes the drag fractions below whole points.
+const QSize kPhone(375, 800);
+
+/// The background's alpha; colours keep it in 16 bits.
+qreal backgroundAlpha(WebViewController* screen) {
+    return screen->view()->property("color").value<QColor>().alphaF();
+}
+bool near(qreal value, qreal expected) {
+    return qAbs(value - expected) < 1e-4;
+}
+}  // namespace
+
+class WebViewerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        Lumora::sharedInstance();  // installs the bundled fonts
+        m_server = std::make_unique<LumoraTest::DevServer>();
+        QVERIFY(m_server->isRunning());
+    }
+    void init() {
+        Scheduler::setCurrent(&m_clock);
+        m_dismissed = 0;
+        m_observingAtDismissal = true;
+        m_window = std::make_unique<QQuickWindow>();
+        m_window->resize(kPhone);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    }
+    void cleanup() {
+        m_window.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        Scheduler::setCurrent(nullptr);
+    }
+
+    // A drag on the bar fades the background to 0.8 − dy/h; released past 20% of the height it
+    // dismisses, short of that the bar springs back over 0.5 s and the background stays faded.
+    void dragOnTheBar_data() {
+        QTest::addColumn<qreal>("fraction");  // of the screen's height; negative is upward
+        QTest::addColumn<qreal>("alpha");     // background alpha during the drag
+        QTest::addColumn<bool>("dismisses");
+        QTest::addColumn<bool>("touch");
+        QTest::newRow("25% down dismisses") << 0.25 << 0.55 << true << false;
+        QTest::newRow("25% down by touch dismisses") << 0.25 << 0.55 << true << true;
+        QTest::newRow("15% down springs back") << 0.15 << 0.65 << false << false;
+        QTest::newRow("10% up keeps the bar at rest") << -0.10 << 0.9 << false << false;
+        QTest::newRow("20% up: fully opaque") << -0.20 << 1.0 << false << false;
+    }
+    void dragOnTheBar() {
+        QFETCH(qreal, fraction);
+        QFETCH(qreal, alpha);
+        QFETCH(bool, dismisses);
+        QFETCH(bool, touch);
+        QPointer<WebViewController> screen = present(pageUrl());
+        const qreal dy = fraction * kPhone.height();
+        const QPoint start(kPhone.width() / 2, 30);
+        static QPointingDevice* const finger = QTest::createTouchDevice();
+        // The same drag with the mouse or a finger.
+        const auto pointer = [&](QTest::MouseAction action, const QPoint& at) {
+            if (!touch) {
+                QTest::mouseEvent(action, m_window.get(), Qt::LeftButton, {}, at);
+                return;
+            }
+            QTest::QTouchEventSequence sequence = QTest::touchEvent(m_window.get(), finger);
+            action == QTest::MousePress  ? sequence.press(0, at)
+            : action == QTest::MouseMove ? sequence.move(0, at)
+                                         : sequence.release(0, at);
+        };
+        pointer(QTest::MousePress, start);
+        for (int step = 1; step <= 10; ++step) {
+            pointer(QTest::MouseMove, start + QPoint(0, qRound(dy * step / 10)));
+        }
+        // Touch moves are merged and handed on with the next frame.
+        QTRY_COMPARE(screen->topBarView()->y(), std::max<qreal>(qRound(dy), 0));
+        QCOMPARE(screen->containerView()->y(), screen->topBarView()->y() + 64);
+        QVERIFY(near(backgroundAlpha(screen), alpha));
+        pointer(QTest::MouseRelease, start + QPoint(0, qRound(dy)));
+
+        if (dismisses) {
+            QCOMPARE(backgroundAlpha(screen), 0.0);
+            m_clock.advance(PresentationStack::kPresentationDuration);
+            QCOMPARE(m_dismissed, 1);
+            QVERIFY(!m_observingAtDismissal);
+            QVERIFY(
+                PresentationStack::forWindow(m_window.get())->presentedViewControllers().isEmpty());
+            return;
+        }
+        m_clock.advance(WebViewController::kSpringBackDuration / 2);
+        if (dy > 0) {
+            QVERIFY(screen->topBarView()->y() > 0 && screen->topBarView()->y() < dy);
+        }
+        m_clock.advance(WebViewController::kSpringBackDuration / 2 + 0.05);
+        QCOMPARE(screen->topBarView()->y(), 0.0);
+        QVERIFY(near(backgroundAlpha(screen), alpha));
+        QCOMPARE(m_dismissed, 0);
+        QVERIFY(screen->isObservingEstimatedProgress());
+    }
+
+    // The bar grows from the left edge across the top bar: its right inset is (1 − progress) ×
+    // the bar's width. Other observed values leave it alone.
+    void progressBar_data() {
+        QTest::addColumn<QString>("keyPath");
+        QTest::addColumn<double>("progress");
+        QTest::addColumn<qreal>("inset");
+        QTest::addColumn<qreal>("opacity");
+        QTest::newRow("0.3 of a 375-point bar") << "estimatedProgress" << 0.3 << 262.5 << 1.0;
+        QTest::newRow("complete") << "estimatedProgress" << 1.0 << 0.0 << 1.0;
+        QTest::newRow("another key path") << "title" << 0.3 << 0.0 << 0.0;
+    }
+    void progressBar() {
+        QFETCH(QString, keyPath);
+        QFETCH(double, progress);
+        QFETCH(qreal, inset);
+        QFETCH(qreal, opacity);
+        auto* screen =
+            PresentableViewController::instantiateFromStoryboard<WebViewController>(m_window.get());
+        screen->view()->setSize(kPhone);
+        screen->observeValue(keyPath, progress);
+        QCOMPARE(screen->progressBarTrailingConstraint(), inset);
+        QCOMPARE(screen->progressBar()->x() + screen->progressBar()->width(),
+                 kPhone.width() - inset);
+        QCOMPARE(screen->progressBar()->opacity(), opacity);
+        delete screen;
+    }
+
+    // Only http and https pages with a host are opened; any other address is refused with a log
+    // line naming it, and the screen goes away at once as if it had no address.
+    void addresses_data() {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<bool>("accepted");
+        QTest::newRow("http") << "http://127.0.0.1:8787/pages/welcome.html" << true;
+        QTest::newRow("https") << "https://127.0.0.1/offers" << true;
+        QTest::newRow("file") << "file:///etc/passwd" << false;
+        QTest::newRow("javascript") << "javascript:alert(document.cookie)" << false;
+        QTest::newRow("data") << "data:text/html,<h1>hi</h1>" << false;
+        QTest::newRow("ftp") << "ftp://127.0.0.1/pub" << false;
+        QTest::newRow("http without a host") << "http:///pages/welcome.html" << false;
+        QTest::newRow("empty") << "" << false;
+    }
+    void addresses() {
+        QFETCH(QString, address);
+        QFETCH(bool, accepted);
+        const QUrl url(address);
+        QCOMPARE(WebViewController::canOpen(url), accepted);
+        if (accepted) {
+            return;
+        }
+        LumoraTest::LogCapture log;
+        QPointer<WebViewController> screen = present(url);
+        QCOMPARE(log.count(QStringLiteral("refusing to open \"%1\"").arg(url.toString())), 1);
+        QVERIFY(!screen || !screen->webView());
+        m_clock.advance(PresentationStack::kPresentationDuration);
+        QCOMPARE(m_dismissed, 1);
+        QVERIFY(PresentationStack::forWindow(m_window.get())->presentedViewControllers().isEmpty());
+    }
+
+    // A real page in a phone-sized window: the labels show its title and address, the bar is in
+    // the brand's primary colour with the progress in its secondary one, the progress bar fades
+    // over 0.5 s once the page has loaded, and the close button dismisses.
+    void loadsAPageAndCloses() {
+        m_window->resize(375, 812);
+        QPointer<WebViewController> screen = present(pageUrl());
+        QTRY_COMPARE_WITH_TIMEOUT(screen->pageTitle()->property("text").toString(),
+                                  QStringLiteral("Welcome to Lumora stories"), 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(!screen->webView()->property("loading").toBool(), 30000);
+        QCOMPARE(screen->pageUrl()->property("text").toString(), pageUrl().toString());
+        QCOMPARE(screen->progressBar()->opacity(), 1.0);
+        QCOMPARE(screen->progressBar()->width(), 375.0);
+        // The page's blue header shows under the bar once Chromium has painted it.
+        QTRY_COMPARE_WITH_TIMEOUT(m_window->grabWindow().pixelColor(20, 100), QColor("#2563EB"),
+                                  30000);
+        const QImage shot = m_window->grabWindow();
+        QVERIFY(shot.save(QDir(LumoraTest::artifactsDirectory()).filePath("web-viewer.png")));
+        QCOMPARE(shot.pixelColor(8, 40), QColor("#F5C92C"));
+        QCOMPARE(shot.pixelColor(8, 62), QColor("#E21219"));
+
+        m_clock.advance(WebViewController::kProgressFadeDuration / 2);
+        QVERIFY(screen->progressBar()->opacity() > 0 && screen->progressBar()->opacity() < 1);
+        m_clock.advance(WebViewController::kProgressFadeDuration / 2);
+        QCOMPARE(screen->progressBar()->opacity(), 0.0);
+
+        const QQuickItem* close = screen->closeButton();
+        QTest::mouseClick(m_window.get(), Qt::LeftButton, {},
+                          close->mapToScene(close->boundingRect().center()).toPoint());
+        QCOMPARE(m_dismissed, 0);  // only once the screen has gone
+        m_clock.advance(PresentationStack::kPresentationDuration);
+        QCOMPARE(m_dismissed, 1);
+        QVERIFY(!m_observingAtDismissal);
+    }
+
+    // Where Qt WebEngine was not prepared before the application object (the graphics are not
+    // shared), the viewer logs why and closes instead of risking the process.
+    void unpreparedWebEngineClosesTheViewer() {
+        QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, false);
+        LumoraTest::LogCapture log;
+        QPointer<WebViewController> screen = present(pageUrl());
+        QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, true);
+        QCOMPARE(log.count(QStringLiteral("Qt WebEngine was not prepared")), 1);
+        QVERIFY(!screen || !screen->webView());
+        m_clock.advance(PresentationStack::kPresentationDuration);
+        QCOMPARE(m_dismissed, 1);
+    }
+
+private:
+    QUrl pageUrl() const { return QUrl(m_server->baseUrl() + "/pages/welcome.html"); }
+
+    WebViewController* present(const QUrl& url) {
+        auto* screen =
+            PresentableViewController::instantiateFromStoryboard<WebViewController>(m_window.get());
+        screen->url = url;
+        QPointer<WebViewController> guard(screen);
+        screen->onDismissed = [this, guard] {
+            ++m_dismissed;
+            m_observingAtDismissal = guard && guard->isObservingEstimatedProgress();
+        };
+        PresentableViewController::getGlobalContext(m_window.get())->present(screen, true);
+        m_clock.advance(PresentationStack::kPresentationDuration);
+        return screen;
+    }
+
+    ManualScheduler m_clock;
+    std::unique_ptr<LumoraTest::DevServer> m_server;
+    std::unique_ptr<QQuickWindow> m_window;
+    int m_dismissed = 0;
+    bool m_observingAtDismissal = true;
+};
+
+int main(int argc, char** argv) {
+    Lumora::prepareApplication();
+    QGuiApplication app(argc, argv);
+    WebViewerTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_webviewer.moc"
