@@ -10,6 +10,7 @@
 
 #include "Extensions/ColorExtensions.h"
 #include "Extensions/ViewExtensions.h"
+#include "Platform/Scheduler.h"
 #include "Services/Logger.h"
 #include "ViewControllers/ChannelViewController.h"
 #include "ViewControllers/ChannelsHostViewController.h"
@@ -84,10 +85,20 @@ void InstructionsViewController::viewDidLoad() {
             &InstructionsViewController::onCloseButtonPressed);
     connect(m_startButton, &FrameButtonView::clicked, this,
             &InstructionsViewController::onStartButtonPressed);
+    // Escape or Return on the overlay (it takes the keyboard when it appears).
+    connect(view(), SIGNAL(closeRequested()), this, SLOT(onCloseButtonPressed()));
 }
 
 void InstructionsViewController::viewWillAppear(bool animated) {
     PresentableViewController::viewWillAppear(animated);
+    // The keyboard moves to the overlay once it is on the window (on the next turn), so that no
+    // key reaches the paused player below.
+    QPointer<QQuickItem> overlay(view());
+    MainQueue::async([overlay] {
+        if (overlay) {
+            overlay->forceActiveFocus();
+        }
+    });
     if (uiStyle) {
         applyUiStyle(*uiStyle);
     }
@@ -205,6 +216,8 @@ InstructionsViewController* InstructionsViewController::presentOver(
             return;
         }
         player->isPresentingInstructions = false;
+        // The keyboard goes back to the player's own keys.
+        player->view()->forceActiveFocus();
         ChannelViewController* current = player->currentChannelViewController();
         if (!current) {
             return;

@@ -76,8 +76,8 @@ public:
     void setColors(LumoraRowViewStyle style);
     void setImages(LumoraRowViewStyle style);
 
-    void onCloseButtonPressed();
-    void onStartButtonPressed();
+    Q_SLOT void onCloseButtonPressed();
+    Q_SLOT void onStartButtonPressed();
 
     /// The overlay over `host`, styled after its row and presented animated; dismissing it lets
     /// the host play again.

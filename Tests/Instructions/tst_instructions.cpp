@@ -178,6 +178,7 @@ private slots:
         QTest::addColumn<QString>("how");
         QTest::newRow("close button") << "closeButton";
         QTest::newRow("start button") << "startButton";
+        QTest::newRow("escape key") << "escape";
         QTest::newRow("dismiss with a completion") << "completion";
     }
     void buttonsDismissOnce() {
@@ -188,6 +189,10 @@ private slots:
         overlay->onDismissed = [&] { calls << "onDismissed"; };
         if (how == "completion") {
             overlay->dismiss(true, [&] { calls << "completion"; });
+        } else if (how == "escape") {
+            m_env->settle();  // it takes the keyboard once it is on the window
+            QTest::keyClick(m_window.get(), Qt::Key_Escape);
+            QTest::keyClick(m_window.get(), Qt::Key_Escape);
         } else {
             const QPoint target =
                 centerOf(how == "closeButton" ? overlay->closeButton() : overlay->startButton());
@@ -259,6 +264,7 @@ private slots:
             auto* cell = player ? player->getVisibleMediaCell(0) : nullptr;
             return cell && cell->mediaReady();
         }));
+        QTest::keyClick(&scene->window, Qt::Key_Right);  // the overlay keeps the player's keys
         env.settle(scene->row.get(), 1.0);
         QCOMPARE(host->currentChannelViewController()->currentIndex(), 0);
         QVERIFY(!pageTimerRuns(host));
@@ -269,6 +275,7 @@ private slots:
         env.settle(scene->row.get(), 0.1);
         QCOMPARE(presentedOn(scene->window).size(), 1);
         QVERIFY(!host->isPresentingInstructions);
+        QVERIFY(host->view()->hasActiveFocus());  // the player's keys work again
         // Closing it plays the held page.
         QVERIFY(env.settleUntil(scene->row.get(), [&] { return pageTimerRuns(host); }));
         QVERIFY(closePlayer(host));

@@ -7,6 +7,19 @@ import LumoraSDK
 Item {
     id: root
 
+    // Asks the controller to close the overlay, as its buttons do.
+    signal closeRequested()
+
+    // While the overlay has the keyboard no key reaches the paused player below; Escape and
+    // Return close it.
+    Keys.onPressed: (event) => {
+        event.accepted = true
+        if (event.key === Qt.Key_Escape || event.key === Qt.Key_Return
+                || event.key === Qt.Key_Enter) {
+            root.closeRequested()
+        }
+    }
+
     // On tall phone screens the content sits lower, clear of the status area.
     readonly property real topInset: height > width * 16 / 9 + 1 ? 44 : 0
     readonly property real sideMargin: width < 360 ? 24 : 32
