@@ -6,6 +6,8 @@
 #include <QTextStream>
 #include <QTimer>
 
+#include "Platform/UserDefaults.h"
+#include "Services/DatabaseService.h"
 #include "ViewControllers/ChannelsHostViewController.h"
 #include "Views/LumoraRowView.h"
 
@@ -72,6 +74,10 @@ void Showcase::capturePlayer() {
     using namespace LumoraSDK;
     auto* window = qobject_cast<QQuickWindow*>(m_engine->rootObjects().value(0));
     auto* row = window ? window->findChild<LumoraRowView*>(QStringLiteral("roundRow")) : nullptr;
+    // These captures show the pages themselves, so the first-use instructions count as seen
+    // (tst_instructions captures the overlay).
+    DatabaseService::sharedInstance().userDefaults().setValue(
+        DatabaseService::Key::hasShownInstructions, true);
     // The long travel channel: its first page, then the turn to the channel after it.
     ChannelsHostViewController* host = row ? ChannelsHostViewController::presentChannel(
                                                  kPlayerChannel, row, [] {}, [](int) {})
