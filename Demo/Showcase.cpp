@@ -6,9 +6,8 @@
 #include <QTextStream>
 #include <QTimer>
 
-#include "Platform/UserDefaults.h"
-#include "Services/DatabaseService.h"
 #include "ViewControllers/ChannelsHostViewController.h"
+#include "ViewControllers/InstructionsViewController.h"
 #include "Views/LumoraRowView.h"
 
 namespace {
@@ -74,11 +73,9 @@ void Showcase::capturePlayer() {
     using namespace LumoraSDK;
     auto* window = qobject_cast<QQuickWindow*>(m_engine->rootObjects().value(0));
     auto* row = window ? window->findChild<LumoraRowView*>(QStringLiteral("roundRow")) : nullptr;
-    // These captures show the pages themselves, so the first-use instructions count as seen
-    // (tst_instructions captures the overlay).
-    DatabaseService::sharedInstance().userDefaults().setValue(
-        DatabaseService::Key::hasShownInstructions, true);
-    // The long travel channel: its first page, then the turn to the channel after it.
+    // The long travel channel. Screenshot runs start as a fresh installation, so the player
+    // first explains its gestures; then its first page, the turn to the next channel, and that
+    // channel's opening video.
     ChannelsHostViewController* host = row ? ChannelsHostViewController::presentChannel(
                                                  kPlayerChannel, row, [] {}, [](int) {})
                                            : nullptr;
@@ -88,16 +85,26 @@ void Showcase::capturePlayer() {
         return;
     }
     QPointer<ChannelsHostViewController> player(host);
-    QTimer::singleShot(kSettleMs, this, [this, player] {
-        grab(QStringLiteral("player-mid-page"));
-        if (!player) {
-            QCoreApplication::exit(1);
-            return;
+    const auto step = [this, player](const QString& name, int delayMs, auto then) {
+        QTimer::singleShot(delayMs, this, [this, player, name, then] {
+            if (!player || !grab(name)) {
+                QCoreApplication::exit(1);
+                return;
+            }
+            then(*player);
+        });
+    };
+    step(QStringLiteral("player-instructions"), kSettleMs, [this, step](auto& host) {
+        auto* overlay = qobject_cast<InstructionsViewController*>(host.presentedViewController());
+        if (overlay) {
+            overlay->onStartButtonPressed();
         }
-        player->onChannelNextLimit();
-        QTimer::singleShot(kMidTurnMs, this, [this] {
-            grab(QStringLiteral("player-mid-cube-turn"));
-            QCoreApplication::exit(0);
+        step(QStringLiteral("player-mid-page"), kSettleMs, [step](auto& host) {
+            host.onChannelNextLimit();
+            step(QStringLiteral("player-mid-cube-turn"), kMidTurnMs, [step](auto&) {
+                step(QStringLiteral("player-video-page"), kSettleMs,
+                     [](auto&) { QCoreApplication::exit(0); });
+            });
         });
     });
 }

@@ -5,9 +5,11 @@
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QQmlApplicationEngine>
+#include <QTemporaryDir>
 #include <QTextStream>
 
 #include "Lumora.h"
+#include "Platform/UserDefaults.h"
 #include "Showcase.h"
 
 using namespace LumoraSDK;
@@ -36,6 +38,17 @@ int main(int argc, char* argv[]) {
         QStringLiteral("Render offscreen, write PNGs to DIR and exit."), QStringLiteral("DIR"));
     parser.addOption(screenshots);
     parser.process(app);
+    QString directory = parser.value(screenshots);
+    if (directory.isEmpty() && QGuiApplication::platformName() == QLatin1String("offscreen")) {
+        directory = QStringLiteral("screenshots");  // nothing to look at without a display
+    }
+    // Screenshots show a fresh installation every time and leave the showcase's own
+    // settings (read channels, the instructions seen) as they were.
+    QTemporaryDir freshInstallation;
+    if (!directory.isEmpty()) {
+        UserDefaults::setStandardLocation(
+            freshInstallation.filePath(QStringLiteral("LumoraDefaults.json")));
+    }
 
     const DemoData configuration = loadConfiguration();
     QTextStream out(stdout);
@@ -65,10 +78,6 @@ int main(int argc, char* argv[]) {
             QTextStream(stderr) << "lumora-demo: cannot register the viewer: " << describe(error)
                                 << '\n';
         });
-    QString directory = parser.value(screenshots);
-    if (directory.isEmpty() && QGuiApplication::platformName() == QLatin1String("offscreen")) {
-        directory = QStringLiteral("screenshots");  // nothing to look at without a display
-    }
     if (!directory.isEmpty()) {
         showcase.captureScreenshots(directory);
     }
