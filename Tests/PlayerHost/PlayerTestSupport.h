@@ -6,6 +6,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QPointer>
+#include <QTest>
 
 #include "../Row/RowTestSupport.h"
 #include "Models/Channel.h"
@@ -177,6 +178,29 @@ private:
     RowTest::Fixture& m_env;
     std::unique_ptr<RowTest::Scene> m_scene;
     QPointer<ChannelsHostViewController> m_host;
+};
+
+/// A test case whose functions share one server and one harness: each starts with no player
+/// open and nothing read, and closes what it opened.
+class HostTestCase : public QObject {
+    Q_OBJECT
+
+protected:
+    std::unique_ptr<RowTest::Fixture> m_env;
+    std::unique_ptr<HostHarness> m_h;
+
+private slots:
+    void initTestCase() {
+        m_env = std::make_unique<RowTest::Fixture>();
+        QTRY_VERIFY_WITH_TIMEOUT(m_env->isReady(), 20000);
+        m_h = std::make_unique<HostHarness>(*m_env);
+    }
+    void init() { m_h->reset(); }
+    void cleanup() { m_h->tearDown(); }
+    void cleanupTestCase() {
+        m_h.reset();
+        m_env.reset();
+    }
 };
 
 }  // namespace PlayerTest

@@ -6,8 +6,8 @@
 #include <QTest>
 
 #include "PlayerTestSupport.h"
-#include "ViewControllers/WebViewController.h"
 #include "TestSupport.h"
+#include "ViewControllers/WebViewController.h"
 
 using namespace LumoraSDK;
 using namespace PlayerTest;
@@ -39,11 +39,9 @@ bool timerRuns(ChannelViewController* player) {
 }
 }  // namespace
 
-class HostGesturesTest : public QObject {
+class HostGesturesTest : public HostTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Fixture> m_env;
-    std::unique_ptr<HostHarness> m_h;
     /// Server events accounted for.
     int m_seen = 0;
 
@@ -78,18 +76,6 @@ class HostGesturesTest : public QObject {
     }
 
 private slots:
-    void initTestCase() {
-        m_env = std::make_unique<Fixture>();
-        QTRY_VERIFY_WITH_TIMEOUT(m_env->isReady(), 20000);
-        m_h = std::make_unique<HostHarness>(*m_env);
-    }
-    void init() { m_h->reset(); }
-    void cleanup() { m_h->tearDown(); }
-    void cleanupTestCase() {
-        m_h.reset();
-        m_env.reset();
-    }
-
     void holdOrClick_data() {
         QTest::addColumn<Target>("target");
         QTest::addColumn<int>("ticks");
@@ -98,15 +84,26 @@ private slots:
         QTest::addColumn<int>("page");
         QTest::addColumn<QString>("logged");
         QTest::addColumn<bool>("resumed");
-        QTest::newRow("59 ticks: click") << Target::Next << 59 << true << "" << 2 << "PASSED as click" << true;
-        QTest::newRow("60 ticks: hold") << Target::Next << 60 << true << "" << 1 << "PASSED as hold release" << true;
-        QTest::newRow("previous click") << Target::Previous << 1 << true << "" << 0 << "PASSED as click" << true;
-        QTest::newRow("unskippable: next blocked") << Target::Next << 1 << false << "" << 1 << "BLOCKED (reason: page not skippable)" << true;
-        QTest::newRow("unskippable: previous passes") << Target::Previous << 1 << false << "" << 0 << "PASSED as click" << true;
-        QTest::newRow("pager moved: not resumed") << Target::Next << 1 << true << "s" << 1 << "BLOCKED (reason: channel collection view scrolled)" << false;
-        QTest::newRow("panned") << Target::Next << 1 << true << "p" << 1 << "BLOCKED (reason: panned vertically)" << true;
-        QTest::newRow("panned over moved pager") << Target::Previous << 1 << true << "sp" << 1 << "BLOCKED (reason: panned vertically)" << false;
-        QTest::newRow("swiped up outranks both") << Target::Next << 1 << true << "spu" << 1 << "BLOCKED (reason: swiped up)" << false;
+        QTest::newRow("59 ticks: click")
+            << Target::Next << 59 << true << "" << 2 << "PASSED as click" << true;
+        QTest::newRow("60 ticks: hold")
+            << Target::Next << 60 << true << "" << 1 << "PASSED as hold release" << true;
+        QTest::newRow("previous click")
+            << Target::Previous << 1 << true << "" << 0 << "PASSED as click" << true;
+        QTest::newRow("unskippable: next blocked")
+            << Target::Next << 1 << false << "" << 1 << "BLOCKED (reason: page not skippable)"
+            << true;
+        QTest::newRow("unskippable: previous passes")
+            << Target::Previous << 1 << false << "" << 0 << "PASSED as click" << true;
+        QTest::newRow("pager moved: not resumed")
+            << Target::Next << 1 << true << "s" << 1
+            << "BLOCKED (reason: channel collection view scrolled)" << false;
+        QTest::newRow("panned") << Target::Next << 1 << true << "p" << 1
+                                << "BLOCKED (reason: panned vertically)" << true;
+        QTest::newRow("panned over moved pager") << Target::Previous << 1 << true << "sp" << 1
+                                                 << "BLOCKED (reason: panned vertically)" << false;
+        QTest::newRow("swiped up outranks both")
+            << Target::Next << 1 << true << "spu" << 1 << "BLOCKED (reason: swiped up)" << false;
     }
     void holdOrClick() {
         QFETCH(Target, target);
@@ -116,7 +113,12 @@ private slots:
         QFETCH(int, page);
         QFETCH(QString, logged);
         QFETCH(bool, resumed);
-        QVERIFY(openOnSecondPage(QStringLiteral("h%1").arg(QTest::currentDataTag()).left(20).simplified().replace(' ', '-'), skippable));
+        QVERIFY(openOnSecondPage(QStringLiteral("h%1")
+                                     .arg(QTest::currentDataTag())
+                                     .left(20)
+                                     .simplified()
+                                     .replace(' ', '-'),
+                                 skippable));
         ChannelsHostViewController* host = m_h->host();
         LumoraTest::LogCapture log;
         hold(target, ticks, [&] {
@@ -126,18 +128,20 @@ private slots:
             host->hasPannedVertically = flags.contains('p');
             host->hasSwipedUp = flags.contains('u');
         });
-        QVERIFY(log.contains(QStringLiteral("onButtonHold - UIGestureRecognizer.State.ended -> ") + logged));
+        QVERIFY(log.contains(QStringLiteral("onButtonHold - UIGestureRecognizer.State.ended -> ") +
+                             logged));
         QCOMPARE(m_h->player()->currentIndex(), page);
         if (page == 1) {
             QCOMPARE(timerRuns(m_h->player()), resumed);
         }
-        QVERIFY(!host->channelCollectionViewDidScroll && !host->hasPannedVertically && !host->hasSwipedUp);
+        QVERIFY(!host->channelCollectionViewDidScroll && !host->hasPannedVertically &&
+                !host->hasSwipedUp);
         QVERIFY(!host->longHoldTimer.isValid());
     }
 
     void panClosesOrSpringsBack_data() {
         QTest::addColumn<QList<qreal>>("path");  // translations as fractions of the height
-        QTest::addColumn<qreal>("scale");       // while at the last point
+        QTest::addColumn<qreal>("scale");        // while at the last point
         QTest::addColumn<bool>("closes");
         QTest::newRow("10% down springs back") << QList<qreal>{0.05, 0.1} << 0.975 << false;
         QTest::newRow("25% down closes") << QList<qreal>{0.1, 0.25} << 0.975 << true;
@@ -186,7 +190,8 @@ private slots:
         host->onPan(GestureState::Ended, -300);
         host->onButtonHold(GestureState::Ended, Target::Next);
         m_env->clock.runUntilIdle();
-        const auto presented = PresentationStack::forWindow(&m_h->scene()->window)->presentedViewControllers();
+        const auto presented =
+            PresentationStack::forWindow(&m_h->scene()->window)->presentedViewControllers();
         QCOMPARE(int(presented.size()), 1 + viewers);
         QCOMPARE(m_h->player()->currentIndex(), 1);
         QCOMPARE(timerRuns(m_h->player()), viewers == 0);
@@ -206,15 +211,18 @@ private slots:
         QTest::newRow("tap right") << "tap 300" << 2 << "skipPage pk-tap-right pk-tap-right-3";
         QTest::newRow("tap left") << "tap 40" << 0 << "previousPage pk-tap-left pk-tap-left-1";
         QTest::newRow("hold") << "hold" << 1 << "";
-        QTest::newRow("drag down") << "drag" << -1 << "dismissedChannel pk-drag-down pk-drag-down-2";
-        QTest::newRow("right arrow") << "key right" << 2 << "skipPage pk-right-arrow pk-right-arrow-3";
+        QTest::newRow("drag down")
+            << "drag" << -1 << "dismissedChannel pk-drag-down pk-drag-down-2";
+        QTest::newRow("right arrow")
+            << "key right" << 2 << "skipPage pk-right-arrow pk-right-arrow-3";
         QTest::newRow("escape") << "key escape" << -1 << "dismissedChannel pk-escape pk-escape-2";
     }
     void pointerAndKeys() {
         QFETCH(QString, action);
         QFETCH(int, page);
         QFETCH(QString, event);
-        const QString id = QStringLiteral("pk-") + QString::fromLatin1(QTest::currentDataTag()).replace(' ', '-');
+        const QString id =
+            QStringLiteral("pk-") + QString::fromLatin1(QTest::currentDataTag()).replace(' ', '-');
         QVERIFY(openOnSecondPage(id));
         QQuickWindow* window = &m_h->scene()->window;
         const QPoint middle(180, 320);
@@ -222,7 +230,8 @@ private slots:
             QTest::mouseClick(window, Qt::LeftButton, {}, QPoint(action.mid(4).toInt(), 320));
         } else if (action == "hold") {
             QTest::mousePress(window, Qt::LeftButton, {}, middle);
-            const double remaining = *m_h->player()->progressCollectionViewDataSource->timerRemainingMs;
+            const double remaining =
+                *m_h->player()->progressCollectionViewDataSource->timerRemainingMs;
             m_h->advance(1.0);
             QCOMPARE(*m_h->player()->progressCollectionViewDataSource->timerRemainingMs, remaining);
             QVERIFY(!m_h->player()->isInteractiveLayoutVisible);

@@ -51,25 +51,10 @@ int openUnreadBehindReadChannels() {
 }
 }  // namespace
 
-class PlayerHostTest : public QObject {
+class PlayerHostTest : public HostTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Fixture> m_env;
-    std::unique_ptr<HostHarness> m_h;
-
 private slots:
-    void initTestCase() {
-        m_env = std::make_unique<Fixture>();
-        QTRY_VERIFY_WITH_TIMEOUT(m_env->isReady(), 20000);
-        m_h = std::make_unique<HostHarness>(*m_env);
-    }
-    void init() { m_h->reset(); }
-    void cleanup() { m_h->tearDown(); }
-    void cleanupTestCase() {
-        m_h.reset();
-        m_env.reset();
-    }
-
     void wholeRunFromATappedCell() {
         const QJsonArray channels{imageChannelJson(*m_env, "run-a", "unread", 2),
                                   imageChannelJson(*m_env, "run-b", "unread", 1)};

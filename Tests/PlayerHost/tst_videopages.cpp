@@ -47,11 +47,8 @@ qreal segmentProgress(ChannelViewController& player, int index) {
 }
 }  // namespace
 
-class VideoPagesTest : public QObject {
+class VideoPagesTest : public HostTestCase {
     Q_OBJECT
-
-    std::unique_ptr<Fixture> m_env;
-    std::unique_ptr<HostHarness> m_h;
 
     /// Opens a video channel and waits until its video plays in the page's video area.
     VideoNode* openPlaying(const QString& id, const std::function<bool()>& readyToTap = {}) {
@@ -70,18 +67,6 @@ class VideoPagesTest : public QObject {
     }
 
 private slots:
-    void initTestCase() {
-        m_env = std::make_unique<Fixture>();
-        QTRY_VERIFY_WITH_TIMEOUT(m_env->isReady(), 20000);
-        m_h = std::make_unique<HostHarness>(*m_env);
-    }
-    void init() { m_h->reset(); }
-    void cleanup() { m_h->tearDown(); }
-    void cleanupTestCase() {
-        m_h.reset();
-        m_env.reset();
-    }
-
     void timeUpdatesFillTheSegment_data() {
         QTest::addColumn<double>("at");
         QTest::addColumn<bool>("sharing");
