@@ -70,7 +70,6 @@ private slots:
         QTest::addColumn<Dash>("dash");
         QTest::addColumn<int>("on");  // lengths of the dashes and gaps
         QTest::addColumn<int>("off");
-        QTest::newRow("square, solid") << false << false << Dash() << 0 << 0;
         QTest::newRow("left rounded") << true << false << Dash() << 0 << 0;
         QTest::newRow("right rounded") << false << true << Dash() << 0 << 0;
         QTest::newRow("all rounded") << true << true << Dash() << 0 << 0;
