@@ -1,10 +1,9 @@
 #include "ViewExtensions.h"
 
 #include <QFont>
-#include <QFontMetricsF>
 #include <QMatrix4x4>
-#include <QQmlListReference>
 #include <QQuickItem>
+#include <QTextLayout>
 #include <QtMath>
 #include <cmath>
 
@@ -84,6 +83,8 @@ ShapeLayer* createBorder(QQuickItem* view, qreal width, const QColor& borderColo
     layer->setLineWidth(width);
     layer->setStrokeColor(borderColor);
     layer->setFillColor(fillColor);
+    // The view's mask covers its layers too: the outer half of the line is cut away.
+    layer->setClipPath(path);
     return layer;
 }
 
@@ -137,7 +138,9 @@ void applyPerspectiveTransform(QQuickItem* view, qreal multiplier, qreal pivotX)
     PerspectiveTransform* transform = findPerspective(view);
     if (!transform) {
         transform = new PerspectiveTransform(view);
-        QQmlListReference(view, "transform").append(transform);
+        // Straight onto the item: a list reference to its "transform" property needs the QML
+        // types registered, and silently appends nothing in a scene built without QML.
+        transform->appendToItem(view);
     }
     transform->set(multiplier, pivotX);
 }
@@ -153,11 +156,32 @@ qreal fontSize(const QQuickItem* label) {
 }
 
 int calculatedLineCount(const QQuickItem* label) {
-    const QString text = label->property("text").toString();
-    const QFontMetricsF metrics(label->property("font").value<QFont>());
-    const qreal width = std::max<qreal>(1, label->width());
-    const QRectF bounds = metrics.boundingRect(QRectF(0, 0, width, 1e6), Qt::TextWordWrap, text);
-    return int(std::ceil(bounds.height() / metrics.lineSpacing()));
+    // Laid out as the Text item lays itself out: its font, its wrap mode, the width inside its
+    // padding, design metrics unless it renders natively, "\n" as a line separator. Measuring a
+    // bounding box and dividing by the line spacing instead overcounts whenever the box is not a
+    // whole number of line spacings tall.
+    QString text = label->property("text").toString();
+    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    const QVariant wrapMode = label->property("wrapMode");
+    QTextOption option;
+    option.setWrapMode(wrapMode.isValid() ? QTextOption::WrapMode(wrapMode.toInt())
+                                          : QTextOption::WordWrap);
+    constexpr int kNativeRendering = 1;  // Text.NativeRendering
+    option.setUseDesignMetrics(label->property("renderType").toInt() != kNativeRendering);
+    const qreal width = label->width() - label->property("leftPadding").toReal() -
+                        label->property("rightPadding").toReal();
+
+    QTextLayout layout(text, label->property("font").value<QFont>());
+    layout.setTextOption(option);
+    layout.setCacheEnabled(true);
+    int lines = 0;
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(std::max<qreal>(1, width));
+        ++lines;
+    }
+    layout.endLayout();
+    return lines;
 }
 
 }  // namespace LumoraSDK

@@ -16,7 +16,8 @@ class ShapeLayer;
 class GradientLayer;
 
 /// The rounded outline of `view`'s bounds as a frame layer (not yet inserted), and the view's
-/// content clipped to that outline when the view draws its own content.
+/// content clipped to that outline when the view draws its own content. The frame is clipped to
+/// it too, so only the inner half of its line shows.
 LUMORASDK_EXPORT ShapeLayer* createBorder(QQuickItem* view, qreal width, const QColor& borderColor,
                                           const QColor& fillColor, qreal radius, int corners,
                                           const std::optional<QList<qreal>>& lineDashPattern);

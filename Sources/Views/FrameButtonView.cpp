@@ -125,6 +125,11 @@ void FrameButtonView::mouseUngrabEvent() {
     setHighlighted(false);
 }
 
+// A list that takes a touch over (to scroll) ungrabs the touch point, not the mouse.
+void FrameButtonView::touchUngrabEvent() {
+    setHighlighted(false);
+}
+
 void FrameButtonView::touchEvent(QTouchEvent* event) {
     if (event->points().isEmpty()) {
         return;

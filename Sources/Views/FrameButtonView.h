@@ -73,6 +73,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseUngrabEvent() override;
     void touchEvent(QTouchEvent* event) override;
+    void touchUngrabEvent() override;
 
 private:
     void frameDidChange();

@@ -1,6 +1,7 @@
 #include "ShapeLayer.h"
 
 #include <QPainter>
+#include <QPainterPathStroker>
 
 namespace LumoraSDK {
 
@@ -47,6 +48,11 @@ void ShapeLayer::setLineDashPattern(const std::optional<QList<qreal>>& pattern) 
     update();
 }
 
+void ShapeLayer::setClipPath(const std::optional<QPainterPath>& path) {
+    m_clipPath = path;
+    update();
+}
+
 void ShapeLayer::paint(QPainter* painter) {
     paintBackground(painter);
     if (m_path.isEmpty()) {
@@ -57,7 +63,16 @@ void ShapeLayer::paint(QPainter* painter) {
         painter->fillPath(m_path, m_fillColor);
     }
     if (m_strokeColor.alpha() > 0 && m_lineWidth > 0) {
-        painter->strokePath(m_path, strokePen(m_strokeColor, m_lineWidth, m_lineDashPattern));
+        const QPen pen = strokePen(m_strokeColor, m_lineWidth, m_lineDashPattern);
+        if (m_clipPath) {
+            // The stroke's outline cut by the clip and filled, rather than a painter clip, which
+            // the raster engine does not antialias: rounded corners stay smooth.
+            painter->fillPath(
+                QPainterPathStroker(pen).createStroke(m_path).intersected(*m_clipPath),
+                m_strokeColor);
+        } else {
+            painter->strokePath(m_path, pen);
+        }
     }
 }
 

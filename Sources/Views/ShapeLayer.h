@@ -25,6 +25,10 @@ public:
     /// Lengths of painted and unpainted segments in points, repeating; none draws a solid line.
     std::optional<QList<qreal>> lineDashPattern() const { return m_lineDashPattern; }
     void setLineDashPattern(const std::optional<QList<qreal>>& pattern);
+    /// Nothing outside this path is drawn (the mask of the view a frame belongs to); none draws
+    /// the whole stroke, half of which lies outside the path.
+    std::optional<QPainterPath> clipPath() const { return m_clipPath; }
+    void setClipPath(const std::optional<QPainterPath>& path);
 
     void paint(QPainter* painter) override;
 
@@ -34,6 +38,7 @@ private:
     QColor m_strokeColor = Qt::transparent;
     QColor m_fillColor = Qt::transparent;
     std::optional<QList<qreal>> m_lineDashPattern;
+    std::optional<QPainterPath> m_clipPath;
 };
 
 /// A pen for a stroke of `width` points with a dash pattern given in points.

@@ -278,9 +278,9 @@ private slots:
         const QString words = QStringLiteral("stories ").repeated(62).left(500);
         QTest::newRow("round, one short word") << "round"
                                                << "Hi" << true;
-        // Wrapped anywhere by the label, but one line to the count that decides.
+        // Broken inside the word, by the label and by the count alike: two lines, nothing added.
         QTest::newRow("round, 500 characters without a space")
-            << "round" << QString(500, QLatin1Char('w')) << true;
+            << "round" << QString(500, QLatin1Char('w')) << false;
         QTest::newRow("round, 500 characters in words") << "round" << words << false;
         QTest::newRow("round, right to left")
             << "round" << QStringLiteral("חדשות הערב והבוקר של היום") << false;
