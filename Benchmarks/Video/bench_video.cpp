@@ -1,5 +1,5 @@
 // Video time to first frame, all into the same kind of video view in one shown offscreen window,
-// with the demo video "music/page-1.mp4" (6 s, 540x960 H.264) warm in the OS file cache:
+// with the demo video "music/page-1.mp4" (6 s, 360x640 H.264) warm in the OS file cache:
 //
 // - BM_LocalFileBarePlayer: a bare QMediaPlayer opened on the file on local disk; from setSource
 //   to the first frame reaching the view's video sink. The floor the others are held against.
