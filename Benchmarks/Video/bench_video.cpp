@@ -28,6 +28,7 @@
 #include <QVideoFrame>
 #include <QVideoSink>
 #include <atomic>
+#include <functional>
 #include <memory>
 
 #include "DevServer.h"
@@ -146,6 +147,23 @@ std::shared_ptr<VideoPlayerItem> preparedItem() {
     return item->state() == VideoPlayerItem::State::Ready ? item : nullptr;
 }
 
+/// Times one start on a fresh video node: `start` runs on the clock and makes the node play,
+/// at once or later; the clock stops at the node's first frame. False when the start failed.
+bool timeNodeStart(benchmark::State& state, const std::function<void(VideoNode&)>& start) {
+    VideoNode node;
+    node.setMuted(true);
+    FirstFrame frame(node.view(*g_engine));
+    frame.start();
+    start(node);
+    const double seconds = frame.wait();
+    node.pause();
+    if (!record(state, seconds)) {
+        return false;
+    }
+    settle();
+    return true;
+}
+
 void BM_PrefetchedItem(benchmark::State& state) {
     for (auto _ : state) {
         state.PauseTiming();
@@ -155,38 +173,28 @@ void BM_PrefetchedItem(benchmark::State& state) {
             state.SkipWithError("the server video did not prepare");
             break;
         }
-        VideoNode node;
-        node.setMuted(true);
-        FirstFrame frame(node.view(*g_engine));
-        frame.start();
-        node.setAsset(item);
-        node.playImmediately();
-        const double seconds = frame.wait();
-        node.pause();
-        if (!record(state, seconds)) {
+        const bool started = timeNodeStart(state, [&](VideoNode& node) {
+            node.setAsset(item);
+            node.playImmediately();
+        });
+        if (!started) {
             break;
         }
-        settle();
     }
 }
 
 void BM_ColdFromServer(benchmark::State& state) {
     for (auto _ : state) {
-        VideoNode node;
-        node.setMuted(true);
-        FirstFrame frame(node.view(*g_engine));
-        frame.start();
         std::shared_ptr<VideoPlayerItem> item;
-        item = std::make_shared<VideoPlayerItem>(serverUrl(), [&] {
-            node.setAsset(item);
-            node.playImmediately();
+        const bool started = timeNodeStart(state, [&](VideoNode& node) {
+            item = std::make_shared<VideoPlayerItem>(serverUrl(), [&item, &node] {
+                node.setAsset(item);
+                node.playImmediately();
+            });
         });
-        const double seconds = frame.wait();
-        node.pause();
-        if (!record(state, seconds)) {
+        if (!started) {
             break;
         }
-        settle();
     }
 }
 
