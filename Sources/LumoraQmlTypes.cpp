@@ -16,6 +16,8 @@
 #include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCellRound.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCellSquare.h"
+#include "Views/PassthroughTouchButton.h"
+#include "Views/PassthroughTouchView.h"
 
 namespace {
 void registerLumoraQmlTypes() {
@@ -34,6 +36,8 @@ void registerLumoraQmlTypes() {
     qmlRegisterType<ChannelMediaCollectionViewCell>(uri, 1, 0, "ChannelMediaCollectionViewCell");
     qmlRegisterType<CollectionView>(uri, 1, 0, "CollectionView");
     qmlRegisterType<ChannelsCollectionViewCell>(uri, 1, 0, "ChannelsCollectionViewCell");
+    qmlRegisterType<PassthroughTouchView>(uri, 1, 0, "PassthroughTouchView");
+    qmlRegisterType<PassthroughTouchButton>(uri, 1, 0, "PassthroughTouchButton");
     // A tap on a row cell opens the full-screen player.
     ChannelsHostViewController::installAsChannelPresenter();
     // The first time the player opens on a device it explains its gestures.

@@ -33,10 +33,13 @@ Rectangle {
         }
     }
 
-    Item {
+    // The header only draws: presses on it, the channel's picture included, count as presses on
+    // the page. Its close button takes its own.
+    PassthroughTouchView {
         objectName: "interactiveLayoutViewContainer"
         width: root.width
         height: 96
+        passthroughTouchEvents: true
 
         CollectionView {
             objectName: "progressCollectionView"
@@ -46,8 +49,9 @@ Rectangle {
             height: 3
         }
 
-        FrameButtonView {
+        PassthroughTouchButton {
             objectName: "channelProfileImage"
+            passthroughTouchEvents: true
             x: 12
             y: 22
             width: 36
