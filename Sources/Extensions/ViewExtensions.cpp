@@ -155,6 +155,16 @@ qreal fontSize(const QQuickItem* label) {
     return font.pointSizeF() > 0 ? font.pointSizeF() : font.pixelSize();
 }
 
+void setFontSize(QQuickItem* label, qreal size) {
+    QFont font = label->property("font").value<QFont>();
+    if (font.pointSizeF() > 0) {
+        font.setPointSizeF(size);
+    } else {
+        font.setPixelSize(qMax(1, qRound(size)));
+    }
+    label->setProperty("font", font);
+}
+
 int calculatedLineCount(const QQuickItem* label) {
     // Laid out as the Text item lays itself out: its font, its wrap mode, the width inside its
     // padding, design metrics unless it renders natively, "\n" as a line separator. Measuring a

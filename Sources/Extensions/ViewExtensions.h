@@ -49,5 +49,7 @@ LUMORASDK_EXPORT qreal perspectiveMultiplier(QQuickItem* view);
 LUMORASDK_EXPORT int calculatedLineCount(const QQuickItem* label);
 /// The label's font size in points.
 LUMORASDK_EXPORT qreal fontSize(const QQuickItem* label);
+/// Sets the label's font size in the unit its font is given in (points, or whole pixels).
+LUMORASDK_EXPORT void setFontSize(QQuickItem* label, qreal size);
 
 }  // namespace LumoraSDK

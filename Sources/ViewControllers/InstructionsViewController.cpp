@@ -20,16 +20,6 @@ namespace LumoraSDK {
 
 namespace {
 
-void setFontSize(QQuickItem* label, qreal size) {
-    QFont font = label->property("font").value<QFont>();
-    if (font.pointSizeF() > 0) {
-        font.setPointSizeF(size);
-    } else {
-        font.setPixelSize(qMax(1, qRound(size)));
-    }
-    label->setProperty("font", font);
-}
-
 /// The platform's colour scheme as a row style, when the platform reports one. Qt reports it
 /// from 6.5 on; before that it counts as unspecified, as it does for the row's own labels, so
 /// an automatic overlay keeps the scene's look instead of guessing from the palette.

@@ -23,16 +23,6 @@ void presentWithoutPlayer(int index, LumoraRowView*, std::function<void(int)>) {
                  LogLevel::debug);
 }
 
-void setFontSize(QQuickItem* label, qreal size) {
-    QFont font = label->property("font").value<QFont>();
-    if (font.pointSizeF() > 0) {
-        font.setPointSizeF(size);
-    } else {
-        font.setPixelSize(qMax(1, qRound(size)));
-    }
-    label->setProperty("font", font);
-}
-
 }  // namespace
 
 LumoraRowViewCell::ChannelPresenter LumoraRowViewCell::channelPresenter = presentWithoutPlayer;
