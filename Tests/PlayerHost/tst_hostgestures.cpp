@@ -210,6 +210,8 @@ private slots:
         QTest::addColumn<QString>("event");
         QTest::newRow("tap right") << "tap 300" << 2 << "skipPage pk-tap-right pk-tap-right-3";
         QTest::newRow("tap left") << "tap 40" << 0 << "previousPage pk-tap-left pk-tap-left-1";
+        QTest::newRow("touch right")
+            << "touch 300" << 2 << "skipPage pk-touch-right pk-touch-right-3";
         QTest::newRow("hold") << "hold" << 1 << "";
         QTest::newRow("drag down")
             << "drag" << -1 << "dismissedChannel pk-drag-down pk-drag-down-2";
@@ -228,6 +230,11 @@ private slots:
         const QPoint middle(180, 320);
         if (action.startsWith("tap")) {
             QTest::mouseClick(window, Qt::LeftButton, {}, QPoint(action.mid(4).toInt(), 320));
+        } else if (action.startsWith("touch")) {
+            static QPointingDevice* finger = QTest::createTouchDevice();
+            const QPoint at(action.mid(6).toInt(), 320);
+            QTest::touchEvent(window, finger).press(0, at);
+            QTest::touchEvent(window, finger).release(0, at);
         } else if (action == "hold") {
             QTest::mousePress(window, Qt::LeftButton, {}, middle);
             const double remaining =

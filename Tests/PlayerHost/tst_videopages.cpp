@@ -7,6 +7,7 @@
 #include <QQuickItem>
 #include <QTest>
 
+#include "Platform/AudioSession.h"
 #include "Platform/VideoNode.h"
 #include "Platform/VideoPlayerItem.h"
 #include "PlayerTestSupport.h"
@@ -124,6 +125,22 @@ private slots:
         QCOMPARE(m_h->eventsSince(seen, 2),
                  QStringList({"completePage v-end v-end-2", "history v-end v-end-2"}));
         QCOMPARE(eventLines(*m_env).size(), seen);
+    }
+
+    void aVolumeKeyTurnsTheSoundOnUntilThePlayerCloses() {
+        AudioSession& audio = AudioSession::sharedInstance();
+        audio.setCategory(AudioSession::Category::SoloAmbient, AudioSession::Mode::Default, 0);
+        VideoNode* node = openPlaying(QStringLiteral("v-sound"));
+        QVERIFY(node);
+        QVERIFY(node->isMuted());  // silent until asked, like a phone with its ringer off
+        QTest::keyClick(&m_h->scene()->window, Qt::Key_VolumeUp);
+        QVERIFY(!node->isMuted());
+        QCOMPARE(audio.category(), AudioSession::Category::Playback);
+        QCOMPARE(audio.categoryOptions(), AudioSession::kMixWithOthers);
+        m_h->closeHost();
+        QCOMPARE(audio.category(), AudioSession::Category::SoloAmbient);
+        QCOMPARE(audio.categoryOptions(), 0);
+        QVERIFY(!audio.isOutputAudible());
     }
 
     void aPrefetchedVideoStartsFromTheCache() {
