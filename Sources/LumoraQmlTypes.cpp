@@ -3,14 +3,15 @@
 #include <QCoreApplication>
 #include <QQmlEngine>
 
+#include "Lumora.h"
+#include "Platform/CollectionView/CollectionView.h"
+#include "Platform/ImageView.h"
 #include "ViewControllers/ChannelsHostViewController.h"
 #include "ViewControllers/InstructionsViewController.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
 #include "Views/ChannelProgressCollectionViewCell.h"
 #include "Views/ChannelsCollectionViewCell.h"
-#include "Views/CollectionView.h"
 #include "Views/FrameButtonView.h"
-#include "Views/ImageView.h"
 #include "Views/LumoraRowCollectionView.h"
 #include "Views/LumoraRowView.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
@@ -22,6 +23,8 @@
 namespace {
 void registerLumoraQmlTypes() {
     using namespace LumoraSDK;
+    // Interface files name their images in the SDK's resource bundle.
+    ImageView::setInterfaceBundle(&Lumora::resourceBundle);
     constexpr const char* uri = "LumoraSDK";
     qmlRegisterType<ImageView>(uri, 1, 0, "ImageView");
     qmlRegisterType<FrameButtonView>(uri, 1, 0, "FrameButtonView");

@@ -19,9 +19,9 @@
 #include "Extensions/CollectionViewReload.h"
 #include "Extensions/DiffExtensions.h"
 #include "Extensions/DiffKeyTable.h"
-#include "Views/CollectionView.h"
-#include "Views/CollectionViewCell.h"
-#include "Views/CollectionViewDataSource.h"
+#include "Platform/CollectionView/CollectionView.h"
+#include "Platform/CollectionView/CollectionViewCell.h"
+#include "Platform/CollectionView/CollectionViewDataSource.h"
 
 using namespace LumoraSDK;
 

@@ -20,13 +20,13 @@
 #include <QGuiApplication>
 
 #include "Platform/ImageManager.h"
+#include "Platform/ImageView.h"
 #include "PlayerTestSupport.h"
 #include "Services/Logger.h"
 #include "ViewControllers/ChannelViewController.h"
 #include "ViewControllers/ChannelsHostViewController.h"
 #include "ViewControllers/PresentationStack.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
-#include "Views/ImageView.h"
 
 using namespace LumoraSDK;
 

@@ -12,11 +12,11 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 
+#include "Platform/CollectionView/CollectionView.h"
+#include "Platform/Layers/Layer.h"
 #include "Platform/Scheduler.h"
 #include "Views/ChannelProgressCollectionDataSource.h"
 #include "Views/ChannelProgressCollectionViewCell.h"
-#include "Views/CollectionView.h"
-#include "Views/Layer.h"
 
 using namespace LumoraSDK;
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "Extensions/DiffExtensions.h"
-#include "Extensions/IndexPath.h"
+#include "Platform/CollectionView/IndexPath.h"
 
 namespace LumoraSDK {
 

@@ -7,9 +7,9 @@
 #include <QtMath>
 #include <cmath>
 
-#include "Views/GradientLayer.h"
-#include "Views/ImageView.h"
-#include "Views/ShapeLayer.h"
+#include "Platform/ImageView.h"
+#include "Platform/Layers/GradientLayer.h"
+#include "Platform/Layers/ShapeLayer.h"
 
 namespace LumoraSDK {
 

@@ -13,7 +13,7 @@
 #include <QStandardPaths>
 #include <QThread>
 
-#include "Platform/Scheduler.h"
+#include "Scheduler.h"
 
 namespace LumoraSDK {
 

@@ -10,7 +10,7 @@
 #include <QSaveFile>
 #include <QStandardPaths>
 
-#include "Services/Logger.h"
+#include "PlatformLog.h"
 
 namespace LumoraSDK {
 
@@ -69,29 +69,27 @@ void UserDefaults::load() {
         m_filePath + QStringLiteral(".corrupt-") +
         QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMddhhmmsszzz"));
     const bool moved = QFile::rename(m_filePath, aside);
-    logger().log(
-        QStringLiteral("UserDefaults - cannot read %1 (%2); %3, starting from the registered "
-                       "defaults")
-            .arg(m_filePath, problem,
-                 moved ? QStringLiteral("moved it aside to ") + aside
-                       : QStringLiteral("left it in place")),
-        LogLevel::error);
+    qCWarning(lcPlatform).noquote()
+        << QStringLiteral(
+               "UserDefaults - cannot read %1 (%2); %3, starting from the registered "
+               "defaults")
+               .arg(m_filePath, problem,
+                    moved ? QStringLiteral("moved it aside to ") + aside
+                          : QStringLiteral("left it in place"));
 }
 
 void UserDefaults::persistLocked() {
     QDir().mkpath(QFileInfo(m_filePath).absolutePath());
     QSaveFile file(m_filePath);
     if (!file.open(QIODevice::WriteOnly)) {
-        logger().log(QStringLiteral("UserDefaults - cannot write %1: %2")
-                         .arg(m_filePath, file.errorString()),
-                     LogLevel::error);
+        qCWarning(lcPlatform).noquote() << QStringLiteral("UserDefaults - cannot write %1: %2")
+                                               .arg(m_filePath, file.errorString());
         return;
     }
     file.write(QJsonDocument(QJsonObject::fromVariantMap(m_values)).toJson(QJsonDocument::Compact));
     if (!file.commit()) {
-        logger().log(QStringLiteral("UserDefaults - cannot write %1: %2")
-                         .arg(m_filePath, file.errorString()),
-                     LogLevel::error);
+        qCWarning(lcPlatform).noquote() << QStringLiteral("UserDefaults - cannot write %1: %2")
+                                               .arg(m_filePath, file.errorString());
     }
 }
 

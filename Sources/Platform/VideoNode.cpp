@@ -1,4 +1,4 @@
-#include "Platform/VideoNode.h"
+#include "VideoNode.h"
 
 #include <QAudioOutput>
 #include <QMediaPlayer>
@@ -6,8 +6,8 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 
-#include "Platform/VideoPlayerItem.h"
-#include "Services/Logger.h"
+#include "PlatformLog.h"
+#include "VideoPlayerItem.h"
 
 namespace LumoraSDK {
 
@@ -62,9 +62,8 @@ QQuickItem* VideoNode::view(QQmlEngine& engine) {
     component.setData(kVideoOutputQml, QUrl());
     m_view = qobject_cast<QQuickItem*>(component.create());
     if (!m_view) {
-        logger().log(QStringLiteral("VideoNode - cannot make a video output: ") +
-                         component.errorString(),
-                     LogLevel::error);
+        qCWarning(lcPlatform).noquote()
+            << QStringLiteral("VideoNode - cannot make a video output: ") + component.errorString();
         return nullptr;
     }
     if (QMediaPlayer* mediaPlayer = player()) {

@@ -8,7 +8,7 @@
 #include <QVariant>
 #include <functional>
 
-#include "Platform/Scheduler.h"
+#include "Scheduler.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

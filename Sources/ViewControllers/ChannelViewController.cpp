@@ -5,6 +5,7 @@
 
 #include "Enums/ActivityType.h"
 #include "Lumora.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "Platform/ImageManager.h"
 #include "Platform/ViewAnimation.h"
 #include "Services/AnalyticsService.h"
@@ -16,7 +17,6 @@
 #include "Views/ChannelMediaCollectionViewCell.h"
 #include "Views/ChannelProgressCollectionDataSource.h"
 #include "Views/ChannelProgressCollectionViewCell.h"
-#include "Views/CollectionView.h"
 #include "Views/FrameButtonView.h"
 
 namespace LumoraSDK {

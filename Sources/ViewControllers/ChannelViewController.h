@@ -7,10 +7,10 @@
 #include <optional>
 
 #include "Models/Channel.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "Platform/Scheduler.h"
 #include "Platform/VideoNode.h"
 #include "ViewControllers/PresentableViewController.h"
-#include "Views/CollectionView.h"
 #include "Views/FrameButtonView.h"
 #include "lumorasdk_export.h"
 

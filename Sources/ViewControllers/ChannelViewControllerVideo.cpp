@@ -6,6 +6,8 @@
 
 #include "Lumora.h"
 #include "Platform/AudioSession.h"
+#include "Platform/CollectionView/CollectionView.h"
+#include "Platform/Layers/ShapeLayer.h"
 #include "Platform/VideoNode.h"
 #include "Platform/VideoPlayerItem.h"
 #include "Services/Logger.h"
@@ -15,8 +17,6 @@
 #include "Views/ChannelMediaCollectionDataSource.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
 #include "Views/ChannelProgressCollectionDataSource.h"
-#include "Views/CollectionView.h"
-#include "Views/ShapeLayer.h"
 
 namespace LumoraSDK {
 
@@ -74,7 +74,8 @@ void ChannelViewController::loadVideo(const QString& videoUrl, std::function<voi
     QPointer<ChannelViewController> self(this);
     VideoPrefetchService::getCachedVideoItem(
         videoUrl, true,
-        [self, videoUrl, onComplete = std::move(onComplete)](std::shared_ptr<VideoPlayerItem> item) {
+        [self, videoUrl,
+         onComplete = std::move(onComplete)](std::shared_ptr<VideoPlayerItem> item) {
             if (!self || !self->hostController) {
                 return;
             }
@@ -127,8 +128,8 @@ void ChannelViewController::notifyAndStartVideo(int idx) {
     const std::optional<Page> page = currentPage();
     if (node && node->currentItemDuration() && page && idx == currentIndex()) {
         log(description() + QStringLiteral(" notifyAndStartVideo - video length: ") +
-            QString::number(*node->currentItemDuration()) +
-            QStringLiteral("s, page duration: ") + QString::number(page->duration.value_or(0)));
+            QString::number(*node->currentItemDuration()) + QStringLiteral("s, page duration: ") +
+            QString::number(page->duration.value_or(0)));
     }
     if (node) {
         // A page started again (after the previous page, or a restart) hears its node again.

@@ -9,6 +9,7 @@
 #include "Enums/ActivityType.h"
 #include "Extensions/ViewExtensions.h"
 #include "Lumora.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "Platform/NotificationCenter.h"
 #include "Platform/UserDefaults.h"
 #include "Platform/ViewAnimation.h"
@@ -19,7 +20,6 @@
 #include "ViewControllers/ChannelViewController.h"
 #include "Views/ChannelMediaCollectionDataSource.h"
 #include "Views/ChannelsCollectionViewCell.h"
-#include "Views/CollectionView.h"
 #include "Views/LumoraRowView.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
 
@@ -105,9 +105,10 @@ ChannelsHostViewController* ChannelsHostViewController::presentChannel(
     // leaves the index past the end, which is a content error the player cannot show.
     host->startingIndex = index;
     if (index >= host->contentViewControllers().size()) {
-        qFatal("ChannelsHostViewController: starting index %d out of range of %d channels left "
-               "after dropping read ones",
-               index, int(host->contentViewControllers().size()));
+        qFatal(
+            "ChannelsHostViewController: starting index %d out of range of %d channels left "
+            "after dropping read ones",
+            index, int(host->contentViewControllers().size()));
     }
     host->onDismissed = [row = QPointer<LumoraRowView>(row),
                          onDismissed = std::move(onDismissed)](int dismissedIndex) {

@@ -8,12 +8,12 @@
 #include <optional>
 
 #include "Platform/AudioSession.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "Platform/GestureState.h"
 #include "Platform/Scheduler.h"
 #include "Platform/VideoNode.h"
 #include "ViewControllers/PresentableViewController.h"
 #include "Views/ChannelsCollectionDataSource.h"
-#include "Views/CollectionView.h"
 #include "Views/LumoraRowView.h"
 #include "lumorasdk_export.h"
 

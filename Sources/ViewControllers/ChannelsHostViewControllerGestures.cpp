@@ -9,12 +9,12 @@
 
 #include "Enums/ActivityType.h"
 #include "Lumora.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "Services/AnalyticsService.h"
 #include "Services/Logger.h"
 #include "ViewControllers/ChannelViewController.h"
 #include "ViewControllers/ChannelsHostViewController.h"
 #include "ViewControllers/WebViewController.h"
-#include "Views/CollectionView.h"
 
 namespace LumoraSDK {
 
@@ -39,8 +39,7 @@ void ChannelsHostViewController::setupGestures() {
     connect(root, SIGNAL(touchMoved(QPointF)), this, SLOT(onTouchMoved(QPointF)));
     connect(root, SIGNAL(touchEnded(bool)), this, SLOT(onTouchEnded(bool)));
     connect(root, SIGNAL(closeHitAreaPressed()), this, SLOT(onCloseButtonHitAreaPressed()));
-    connect(root, SIGNAL(learnMoreHitAreaPressed()), this,
-            SLOT(onLearnMoreButtonHitAreaPressed()));
+    connect(root, SIGNAL(learnMoreHitAreaPressed()), this, SLOT(onLearnMoreButtonHitAreaPressed()));
     root->installEventFilter(this);
 }
 
@@ -102,7 +101,8 @@ bool ChannelsHostViewController::onKeyPressed(int key, bool isAutoRepeat) {
     switch (key) {
         case Qt::Key_Right:
         case Qt::Key_Left: {
-            const HoldTarget target = key == Qt::Key_Right ? HoldTarget::Next : HoldTarget::Previous;
+            const HoldTarget target =
+                key == Qt::Key_Right ? HoldTarget::Next : HoldTarget::Previous;
             onButtonHold(GestureState::Began, target);
             onButtonHold(GestureState::Ended, target);
             return true;
@@ -181,10 +181,10 @@ void ChannelsHostViewController::onButtonHold(GestureState state, HoldTarget tar
             log(prefix + QStringLiteral("BLOCKED (reason: page not skippable)"));
             player->resumeCurrentMedia();
         } else if (channelCollectionViewDidScroll || hasPannedVertically || hasSwipedUp) {
-            const QString reason = hasSwipedUp           ? QStringLiteral("swiped up")
-                                   : hasPannedVertically ? QStringLiteral("panned vertically")
-                                                         : QStringLiteral(
-                                                               "channel collection view scrolled");
+            const QString reason = hasSwipedUp ? QStringLiteral("swiped up")
+                                   : hasPannedVertically
+                                       ? QStringLiteral("panned vertically")
+                                       : QStringLiteral("channel collection view scrolled");
             log(prefix + QStringLiteral("BLOCKED (reason: ") + reason + QStringLiteral(")"));
             // When the pager moved, the arriving channel starts its own media.
             if (!channelCollectionViewDidScroll) {
@@ -278,10 +278,10 @@ void ChannelsHostViewController::onSwipeUp() {
         return;
     }
     AnalyticsService::sharedInstance().trackActivity(
-        ActivityType::SwipedUp, player->channel ? player->channel->id : std::nullopt,
-        page->id);
+        ActivityType::SwipedUp, player->channel ? player->channel->id : std::nullopt, page->id);
     auto* viewer = instantiateFromStoryboard<WebViewController>(*qmlEngine(view()));
-    viewer->branding = rowInstance ? std::optional<Branding>(rowInstance->branding()) : std::nullopt;
+    viewer->branding =
+        rowInstance ? std::optional<Branding>(rowInstance->branding()) : std::nullopt;
     viewer->url = url;
     QPointer<ChannelsHostViewController> self(this);
     viewer->onDismissed = [self, target] {

@@ -6,6 +6,7 @@
 
 #include "Enums/ActivityType.h"
 #include "Extensions/ViewExtensions.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "Platform/ViewAnimation.h"
 #include "Services/AnalyticsService.h"
 #include "Services/DatabaseService.h"
@@ -13,7 +14,6 @@
 #include "ViewControllers/ChannelViewController.h"
 #include "ViewControllers/ChannelsHostViewController.h"
 #include "Views/ChannelsCollectionViewCell.h"
-#include "Views/CollectionView.h"
 
 namespace LumoraSDK {
 

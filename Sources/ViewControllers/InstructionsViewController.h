@@ -6,9 +6,9 @@
 #include <optional>
 
 #include "Enums/LumoraRowViewStyle.h"
+#include "Platform/ImageView.h"
 #include "ViewControllers/PresentableViewController.h"
 #include "Views/FrameButtonView.h"
-#include "Views/ImageView.h"
 #include "lumorasdk_export.h"
 
 class QQuickItem;

@@ -8,10 +8,10 @@
 
 #include "Extensions/ColorExtensions.h"
 #include "Extensions/ViewExtensions.h"
+#include "Platform/Layers/ShapeLayer.h"
 #include "Platform/ViewAnimation.h"
 #include "Services/Logger.h"
 #include "Views/FrameButtonView.h"
-#include "Views/ShapeLayer.h"
 
 namespace LumoraSDK {
 

@@ -1,7 +1,7 @@
 #include "Views/ChannelMediaCollectionDataSource.h"
 
+#include "Platform/CollectionView/CollectionView.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
-#include "Views/CollectionView.h"
 
 namespace LumoraSDK {
 

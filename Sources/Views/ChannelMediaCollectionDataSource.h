@@ -5,10 +5,10 @@
 #include <functional>
 #include <optional>
 
-#include "Extensions/IndexPath.h"
 #include "Models/Page.h"
-#include "Views/CollectionViewDataSource.h"
-#include "Views/CollectionViewDelegate.h"
+#include "Platform/CollectionView/CollectionViewDataSource.h"
+#include "Platform/CollectionView/CollectionViewDelegate.h"
+#include "Platform/CollectionView/IndexPath.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

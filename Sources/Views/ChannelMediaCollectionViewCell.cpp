@@ -2,12 +2,12 @@
 
 #include "Extensions/ViewExtensions.h"
 #include "Lumora.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "Platform/ImageManager.h"
+#include "Platform/ImageView.h"
+#include "Platform/Layers/ShapeLayer.h"
 #include "Platform/NotificationCenter.h"
 #include "Platform/Scheduler.h"
-#include "Views/CollectionView.h"
-#include "Views/ImageView.h"
-#include "Views/ShapeLayer.h"
 
 namespace LumoraSDK {
 

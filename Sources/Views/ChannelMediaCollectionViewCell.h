@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "Models/Page.h"
-#include "Views/CollectionViewCell.h"
+#include "Platform/CollectionView/CollectionViewCell.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

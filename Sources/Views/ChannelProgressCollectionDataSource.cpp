@@ -1,8 +1,8 @@
 #include "Views/ChannelProgressCollectionDataSource.h"
 
 #include "Extensions/ViewExtensions.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "Views/ChannelProgressCollectionViewCell.h"
-#include "Views/CollectionView.h"
 
 namespace LumoraSDK {
 

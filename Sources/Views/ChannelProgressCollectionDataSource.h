@@ -5,8 +5,8 @@
 #include <memory>
 #include <optional>
 
+#include "Platform/CollectionView/CollectionViewDataSource.h"
 #include "Platform/Scheduler.h"
-#include "Views/CollectionViewDataSource.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

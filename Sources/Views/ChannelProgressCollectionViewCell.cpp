@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "Extensions/ViewExtensions.h"
-#include "Views/CollectionView.h"
-#include "Views/ShapeLayer.h"
+#include "Platform/CollectionView/CollectionView.h"
+#include "Platform/Layers/ShapeLayer.h"
 
 namespace LumoraSDK {
 

@@ -4,7 +4,7 @@
 #include <QString>
 #include <QUrl>
 
-#include "Views/CollectionViewCell.h"
+#include "Platform/CollectionView/CollectionViewCell.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

@@ -2,9 +2,9 @@
 
 #include <QtMath>
 
+#include "Platform/CollectionView/CollectionView.h"
 #include "ViewControllers/ChannelViewController.h"
 #include "Views/ChannelsCollectionViewCell.h"
-#include "Views/CollectionView.h"
 
 namespace LumoraSDK {
 

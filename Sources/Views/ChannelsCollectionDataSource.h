@@ -7,8 +7,8 @@
 #include <functional>
 #include <optional>
 
-#include "Views/CollectionViewDataSource.h"
-#include "Views/CollectionViewDelegate.h"
+#include "Platform/CollectionView/CollectionViewDataSource.h"
+#include "Platform/CollectionView/CollectionViewDelegate.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

@@ -3,8 +3,8 @@
 #include <optional>
 
 // CollectionViewCell.h needs the complete CollectionView for its inline collectionView().
-#include "Views/CollectionView.h"
-#include "Views/CollectionViewCell.h"
+#include "Platform/CollectionView/CollectionView.h"
+#include "Platform/CollectionView/CollectionViewCell.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

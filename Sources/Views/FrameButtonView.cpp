@@ -4,7 +4,7 @@
 #include <QPainter>
 
 #include "Extensions/ViewExtensions.h"
-#include "Views/ShapeLayer.h"
+#include "Platform/Layers/ShapeLayer.h"
 
 namespace LumoraSDK {
 

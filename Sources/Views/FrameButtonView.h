@@ -5,7 +5,7 @@
 #include <functional>
 #include <optional>
 
-#include "Views/ImageView.h"
+#include "Platform/ImageView.h"
 
 namespace LumoraSDK {
 

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "Views/CollectionView.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

@@ -1,6 +1,6 @@
 #include "Views/LumoraRowViewDataSource.h"
 
-#include "Views/CollectionView.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "Views/LumoraRowView.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
 

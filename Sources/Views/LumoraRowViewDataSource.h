@@ -10,8 +10,8 @@
 #include "Enums/LumoraRowViewStyle.h"
 #include "Models/Branding.h"
 #include "Models/Channel.h"
-#include "Views/CollectionViewDataSource.h"
-#include "Views/CollectionViewDelegate.h"
+#include "Platform/CollectionView/CollectionViewDataSource.h"
+#include "Platform/CollectionView/CollectionViewDelegate.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

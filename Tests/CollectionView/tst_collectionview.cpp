@@ -10,12 +10,12 @@
 #include "Extensions/ChannelDiffAware.h"
 #include "Extensions/CollectionViewReload.h"
 #include "Extensions/DiffExtensions.h"
+#include "Platform/CollectionView/CollectionView.h"
+#include "Platform/CollectionView/CollectionViewCell.h"
+#include "Platform/CollectionView/CollectionViewDataSource.h"
+#include "Platform/CollectionView/CollectionViewDelegate.h"
 #include "Platform/Scheduler.h"
 #include "TestSupport.h"
-#include "Views/CollectionView.h"
-#include "Views/CollectionViewCell.h"
-#include "Views/CollectionViewDataSource.h"
-#include "Views/CollectionViewDelegate.h"
 
 using namespace LumoraSDK;
 

@@ -7,13 +7,13 @@
 
 #include "DevServer.h"
 #include "Lumora.h"
+#include "Platform/CollectionView/CollectionView.h"
 #include "Platform/ImageManager.h"
+#include "Platform/ImageView.h"
 #include "Platform/NotificationCenter.h"
 #include "Platform/Scheduler.h"
 #include "Views/ChannelMediaCollectionDataSource.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
-#include "Views/CollectionView.h"
-#include "Views/ImageView.h"
 
 using namespace LumoraSDK;
 

@@ -5,11 +5,11 @@
 #include <limits>
 #include <memory>
 
+#include "Platform/CollectionView/CollectionView.h"
 #include "Platform/Scheduler.h"
 #include "TestSupport.h"
 #include "Views/ChannelProgressCollectionDataSource.h"
 #include "Views/ChannelProgressCollectionViewCell.h"
-#include "Views/CollectionView.h"
 
 using namespace LumoraSDK;
 

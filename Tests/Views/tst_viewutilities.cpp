@@ -5,9 +5,9 @@
 #include <memory>
 
 #include "Extensions/ViewExtensions.h"
+#include "Platform/Layers/GradientLayer.h"
+#include "Platform/Layers/ShapeLayer.h"
 #include "Scene.h"
-#include "Views/GradientLayer.h"
-#include "Views/ShapeLayer.h"
 
 using namespace LumoraSDK;
 using namespace LumoraTest;

@@ -6,10 +6,11 @@
 
 #include "Extensions/ColorExtensions.h"
 #include "Extensions/ViewExtensions.h"
+#include "Lumora.h"
+#include "Platform/Layers/GradientLayer.h"
 #include "Platform/ViewAnimation.h"
 #include "Services/Logger.h"
 #include "Views/FrameButtonView.h"
-#include "Views/GradientLayer.h"
 #include "Views/LumoraRowView.h"
 
 namespace LumoraSDK {
@@ -36,7 +37,7 @@ const QString LumoraRowViewCell::placeholderImageName =
     QStringLiteral("placeholder-gradient-vertical");
 
 const QImage& LumoraRowViewCell::placeholderImage() {
-    static const QImage image = ImageView::named(placeholderImageName);
+    static const QImage image = ImageView::named(placeholderImageName, Lumora::resourceBundle());
     return image;
 }
 

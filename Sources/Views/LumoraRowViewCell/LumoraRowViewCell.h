@@ -11,10 +11,10 @@
 #include "Enums/LumoraRowViewStyle.h"
 #include "Models/Branding.h"
 #include "Models/Channel.h"
-#include "Views/CollectionView.h"  // CollectionViewCell.h needs the complete type
-#include "Views/CollectionViewCell.h"
+#include "Platform/CollectionView/CollectionView.h"  // CollectionViewCell.h needs the complete type
+#include "Platform/CollectionView/CollectionViewCell.h"
+#include "Platform/Layers/GradientLayer.h"
 #include "Views/FrameButtonView.h"
-#include "Views/GradientLayer.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

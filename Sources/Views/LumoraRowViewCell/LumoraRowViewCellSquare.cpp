@@ -1,11 +1,11 @@
 #include "Views/LumoraRowViewCell/LumoraRowViewCellSquare.h"
 
 #include "Extensions/ViewExtensions.h"
+#include "Platform/Layers/GradientLayer.h"
+#include "Platform/Layers/ShapeLayer.h"
 #include "Platform/Scheduler.h"
 #include "Services/NetworkingService.h"
 #include "Views/FrameButtonView.h"
-#include "Views/GradientLayer.h"
-#include "Views/ShapeLayer.h"
 
 namespace LumoraSDK {
 

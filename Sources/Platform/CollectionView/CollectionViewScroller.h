@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QPointF>
 
-#include "Platform/Scheduler.h"
+#include "Scheduler.h"
 
 class QQuickItem;
 

@@ -3,7 +3,7 @@
 #include <QList>
 #include <optional>
 
-#include "Views/Layer.h"
+#include "Layers/Layer.h"
 
 namespace LumoraSDK {
 

@@ -1,4 +1,4 @@
-#include "Views/CollectionViewModel.h"
+#include "CollectionView/CollectionViewModel.h"
 
 namespace LumoraSDK {
 

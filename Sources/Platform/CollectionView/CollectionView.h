@@ -10,7 +10,7 @@
 #include <QUrl>
 #include <functional>
 
-#include "Extensions/IndexPath.h"
+#include "CollectionView/IndexPath.h"
 #include "lumorasdk_export.h"
 
 class QQmlComponent;

@@ -1,4 +1,4 @@
-#include "Views/CollectionViewBatchUpdate.h"
+#include "CollectionView/CollectionViewBatchUpdate.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,6 +1,6 @@
-#include "Views/CollectionViewSlot.h"
+#include "CollectionView/CollectionViewSlot.h"
 
-#include "Views/CollectionView.h"
+#include "CollectionView/CollectionView.h"
 
 namespace LumoraSDK {
 

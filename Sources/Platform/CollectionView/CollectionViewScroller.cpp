@@ -1,13 +1,13 @@
-#include "Views/CollectionViewScroller.h"
+#include "CollectionView/CollectionViewScroller.h"
 
 #include <QPointer>
 #include <QQuickItem>
 #include <QScopedValueRollback>
 #include <utility>
 
-#include "Platform/ViewAnimation.h"
-#include "Views/CollectionView.h"
-#include "Views/CollectionViewDelegate.h"
+#include "CollectionView/CollectionView.h"
+#include "CollectionView/CollectionViewDelegate.h"
+#include "ViewAnimation.h"
 
 namespace LumoraSDK {
 

@@ -3,7 +3,7 @@
 #include <QAbstractListModel>
 #include <QList>
 
-#include "Views/CollectionViewBatchUpdate.h"
+#include "CollectionView/CollectionViewBatchUpdate.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

@@ -3,7 +3,7 @@
 #include <QLinearGradient>
 #include <QPainter>
 
-#include "Views/ShapeLayer.h"
+#include "Layers/ShapeLayer.h"
 
 namespace LumoraSDK {
 

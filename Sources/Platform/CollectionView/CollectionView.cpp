@@ -1,4 +1,4 @@
-#include "Views/CollectionView.h"
+#include "CollectionView/CollectionView.h"
 
 #include <QCoreApplication>
 #include <QQmlComponent>
@@ -6,15 +6,15 @@
 #include <algorithm>
 #include <mutex>
 
-#include "Platform/Scheduler.h"
-#include "Services/Logger.h"
-#include "Views/CollectionViewBatchUpdate.h"
-#include "Views/CollectionViewCell.h"
-#include "Views/CollectionViewDataSource.h"
-#include "Views/CollectionViewDelegate.h"
-#include "Views/CollectionViewModel.h"
-#include "Views/CollectionViewScroller.h"
-#include "Views/CollectionViewSlot.h"
+#include "CollectionView/CollectionViewBatchUpdate.h"
+#include "CollectionView/CollectionViewCell.h"
+#include "CollectionView/CollectionViewDataSource.h"
+#include "CollectionView/CollectionViewDelegate.h"
+#include "CollectionView/CollectionViewModel.h"
+#include "CollectionView/CollectionViewScroller.h"
+#include "CollectionView/CollectionViewSlot.h"
+#include "PlatformLog.h"
+#include "Scheduler.h"
 
 namespace LumoraSDK {
 
@@ -330,9 +330,9 @@ void CollectionView::applyBatch(const CollectionViewBatchUpdate& update, int old
     }
     const CollectionViewBatchUpdate::Plan plan = update.plan(oldCount, newCount);
     if (!plan.isValid()) {
-        logger().log(describe(this) + QStringLiteral(" - invalid batch update (") + plan.error +
-                         QStringLiteral("), reloading all items"),
-                     LogLevel::error);
+        qCWarning(lcPlatform).noquote()
+            << describe(this) + QStringLiteral(" - invalid batch update (") + plan.error +
+                   QStringLiteral("), reloading all items");
         reloadData();
         return;
     }

@@ -1,6 +1,6 @@
-#include "Views/CollectionViewCell.h"
+#include "CollectionView/CollectionViewCell.h"
 
-#include "Views/CollectionView.h"
+#include "CollectionView/CollectionView.h"
 
 namespace LumoraSDK {
 

@@ -2,9 +2,14 @@
 
 #include <QPainter>
 
-#include "Lumora.h"
-
 namespace LumoraSDK {
+
+namespace {
+std::function<std::optional<Bundle>()>& interfaceBundle() {
+    static std::function<std::optional<Bundle>()> bundle;
+    return bundle;
+}
+}  // namespace
 
 ImageView::ImageView(QQuickItem* parent) : QQuickPaintedItem(parent) {
     setAntialiasing(true);
@@ -28,7 +33,7 @@ void ImageView::setContentMode(ContentMode mode) {
 void ImageView::setImageName(const QString& name) {
     if (m_imageName != name) {
         m_imageName = name;
-        setImage(named(name));
+        setImage(named(name, interfaceBundle() ? interfaceBundle()() : std::nullopt));
         emit imageNameChanged();
     }
 }
@@ -38,8 +43,11 @@ void ImageView::setMaskPath(const std::optional<QPainterPath>& path) {
     update();
 }
 
-QImage ImageView::named(const QString& name) {
-    const auto bundle = Lumora::resourceBundle();
+void ImageView::setInterfaceBundle(std::function<std::optional<Bundle>()> bundle) {
+    interfaceBundle() = std::move(bundle);
+}
+
+QImage ImageView::named(const QString& name, const std::optional<Bundle>& bundle) {
     if (!bundle || name.isEmpty()) {
         return {};
     }

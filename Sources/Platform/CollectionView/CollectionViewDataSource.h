@@ -4,7 +4,7 @@
 #include <QSizeF>
 #include <QString>
 
-#include "Extensions/IndexPath.h"
+#include "CollectionView/IndexPath.h"
 
 namespace LumoraSDK {
 

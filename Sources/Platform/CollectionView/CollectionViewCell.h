@@ -5,7 +5,7 @@
 #include <QQuickItem>
 #include <QString>
 
-#include "Extensions/IndexPath.h"
+#include "CollectionView/IndexPath.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {

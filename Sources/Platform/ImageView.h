@@ -4,8 +4,10 @@
 #include <QImage>
 #include <QPainterPath>
 #include <QQuickPaintedItem>
+#include <functional>
 #include <optional>
 
+#include "Bundle.h"
 #include "lumorasdk_export.h"
 
 namespace LumoraSDK {
@@ -31,15 +33,18 @@ public:
     bool hasImage() const { return !m_image.isNull(); }
     ContentMode contentMode() const { return m_contentMode; }
     void setContentMode(ContentMode mode);
-    /// An image of the SDK's resource bundle, by name (without extension).
+    /// An image of the interface bundle (see setInterfaceBundle), by name (without extension).
     QString imageName() const { return m_imageName; }
     void setImageName(const QString& name);
     /// Content outside the path is not drawn; none clips to the bounds only.
     void setMaskPath(const std::optional<QPainterPath>& path);
     std::optional<QPainterPath> maskPath() const { return m_maskPath; }
 
-    /// An image of the SDK's resource bundle ("Images/<name>.png"); null when missing.
-    static QImage named(const QString& name);
+    /// An image of `bundle` ("Images/<name>.png"); null when missing.
+    static QImage named(const QString& name, const std::optional<Bundle>& bundle);
+    /// The bundle that interface files name their images in, asked each time an image name is
+    /// set; none until the library that owns the interface files installs it.
+    static void setInterfaceBundle(std::function<std::optional<Bundle>()> bundle);
 
     void paint(QPainter* painter) override;
 
