@@ -1,4 +1,4 @@
-#include "Platform/AudioSession.h"
+#include "AudioSession.h"
 
 namespace LumoraSDK {
 

@@ -46,4 +46,10 @@ private:
 /// The process-wide logger, created once on first use; safe from any thread.
 LUMORASDK_EXPORT LoggerType& logger();
 
+/// Writes `message` through the process-wide logger, at debug level unless told otherwise: the
+/// level of most of the SDK's progress lines.
+inline void log(const QString& message, LogLevel level = LogLevel::debug) {
+    logger().log(message, level);
+}
+
 }  // namespace LumoraSDK

@@ -129,6 +129,9 @@ public:
     static QString description() { return QStringLiteral("LumoraSDK.ChannelViewController"); }
 
 private:
+    /// The page to open at: the furthest of the server's initial page and the page reached on
+    /// this device, or the first page of a channel that was read; records the read state.
+    int startPageMarkingReadState();
     void setupMediaCollection(bool clean);
     void onMediaPageChanged();
     void updateLearnMoreContainer(bool animate);

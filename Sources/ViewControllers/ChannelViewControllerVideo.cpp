@@ -21,9 +21,6 @@
 namespace LumoraSDK {
 
 namespace {
-void log(const QString& message) {
-    logger().log(message, LogLevel::debug);
-}
 
 /// Corner radius of the video's backdrop; screens with square corners need none.
 qreal videoCornerRadius() {

@@ -28,10 +28,6 @@ namespace LumoraSDK {
 namespace {
 const QString kTypeName = QStringLiteral("ChannelsHostViewController");
 
-void log(const QString& message) {
-    logger().log(message, LogLevel::debug);
-}
-
 }  // namespace
 
 std::function<void(ChannelsHostViewController&)> ChannelsHostViewController::instructionsPresenter;

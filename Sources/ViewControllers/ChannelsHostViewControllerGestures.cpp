@@ -19,9 +19,6 @@
 namespace LumoraSDK {
 
 namespace {
-void log(const QString& message) {
-    logger().log(message, LogLevel::debug);
-}
 
 bool containsScenePoint(QQuickItem* item, QPointF scenePosition) {
     return item && item->isVisible() && item->isEnabled() &&

@@ -18,9 +18,6 @@
 namespace LumoraSDK {
 
 namespace {
-void log(const QString& message) {
-    logger().log(message, LogLevel::debug);
-}
 
 QString describePoint(QPointF point) {
     return QStringLiteral("(%1, %2)").arg(point.x()).arg(point.y());

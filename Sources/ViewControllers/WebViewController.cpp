@@ -38,10 +38,6 @@ WebEngineView {
 }
 )";
 
-void log(const QString& message, LogLevel level = LogLevel::debug) {
-    logger().log(message, level);
-}
-
 /// The item's anchor lines: their margins are the layout constraints the screen moves.
 QObject* anchorsOf(QQuickItem* item) {
     return item ? item->property("anchors").value<QObject*>() : nullptr;

@@ -2,8 +2,6 @@
 
 #include <optional>
 
-// CollectionViewCell.h needs the complete CollectionView for its inline collectionView().
-#include "Platform/CollectionView/CollectionView.h"
 #include "Platform/CollectionView/CollectionViewCell.h"
 #include "lumorasdk_export.h"
 

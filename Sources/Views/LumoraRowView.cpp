@@ -54,10 +54,6 @@ QList<Channel> placeholderChannels() {
     return QList<Channel>(LumoraRowView::placeholderCount, placeholder);
 }
 
-void log(const QString& operation) {
-    logger().log(LumoraRowView::description() + QStringLiteral(" - ") + operation, LogLevel::debug);
-}
-
 /// Runs `work` for the row on the GUI thread: at once when already there, else on the main queue.
 void onRowThread(LumoraRowView* row, void (LumoraRowView::*work)()) {
     if (QThread::currentThread() == row->thread()) {
@@ -185,7 +181,7 @@ void LumoraRowView::showPlaceholders() {
 // Loading
 
 void LumoraRowView::reloadData() {
-    log(QStringLiteral("reloadData"));
+    logOperation(QStringLiteral("reloadData"));
     if (m_delegate) {
         m_delegate->onChannelsDataLoadStarted();
     }
@@ -218,7 +214,7 @@ void LumoraRowView::getChannels(ChannelsCompletion onComplete, ErrorCompletion o
                 if (!self) {
                     return;
                 }
-                log(QStringLiteral("requestGetChannels OK"));
+                logOperation(QStringLiteral("requestGetChannels OK"));
                 DatabaseService& database = DatabaseService::sharedInstance();
                 database.setAllChannelsData(channels);
                 // The server decides what is read when a list arrives.
@@ -237,7 +233,7 @@ void LumoraRowView::getChannels(ChannelsCompletion onComplete, ErrorCompletion o
                 if (!self) {
                     return;
                 }
-                log(QStringLiteral("requestGetChannels - ") + describe(error));
+                logOperation(QStringLiteral("requestGetChannels - ") + describe(error));
                 if (DatabaseService::sharedInstance().allChannelsData().isEmpty()) {
                     self->showPlaceholders();
                 }
@@ -273,105 +269,6 @@ void LumoraRowView::loadDataWithBatchUpdate(QList<Channel> newItems, bool animat
                 strip, diff(oldItems, newItems), 0, [&] { source.dataItems = newItems; },
                 [reloadSection](bool) { reloadSection(); });
         });
-}
-
-// ---------------------------------------------------------------------------------------------
-// The player
-
-void LumoraRowView::channelContainerClosed(int index) {
-    if (!m_collectionDataSource || !m_collectionView) {
-        return;
-    }
-    // Channels read in the player show as read from now on.
-    loadDataWithBatchUpdate(getLocallyUpdatedChannels(m_collectionDataSource->dataItems,
-                                                      DatabaseService::sharedInstance()),
-                            true);
-    for (CollectionViewCell* visible : m_collectionView->visibleCells()) {
-        auto* cell = qobject_cast<LumoraRowViewCell*>(visible);
-        if (cell && cell->currentIndex() == index) {
-            cell->animatePop([self = QPointer<LumoraRowView>(this)] {
-                if (!self) {
-                    return;
-                }
-                if (self->m_delegate) {
-                    self->m_delegate->onChannelDismissed();
-                }
-                Q_EMIT self->channelDismissed();
-            });
-            return;
-        }
-    }
-}
-
-void LumoraRowView::openChannelChanged() {
-    MainQueue::async([self = QPointer<LumoraRowView>(this)] {
-        if (!self || !self->m_collectionView || !self->m_collectionDataSource) {
-            return;
-        }
-        const int index = self->m_currentlyOpenChannelIndex;
-        if (index >= 0 && index < self->m_collectionDataSource->dataItems.size() &&
-            index < self->m_collectionView->numberOfItems(0)) {
-            self->m_collectionView->scrollToItem(IndexPath{index, 0},
-                                                 CollectionView::ScrollPosition::right, true);
-        }
-    });
-}
-
-void LumoraRowView::openChannel(const QString& id, bool animated) {
-    log(QStringLiteral("openChannel ") + id + QStringLiteral(", animated ") +
-        (animated ? QStringLiteral("true") : QStringLiteral("false")));
-    getChannels(
-        [self = QPointer<LumoraRowView>(this), id, animated](const QList<Channel>& channels) {
-            // After the list just loaded has reached the strip.
-            MainQueue::async([self, id, animated, channels] {
-                if (self) {
-                    self->openLoadedChannel(id, channels, animated);
-                }
-            });
-        },
-        {});
-}
-
-void LumoraRowView::openLoadedChannel(const QString& id, const QList<Channel>& channels,
-                                      bool animated) {
-    if (channels.isEmpty() || !m_collectionView || m_collectionView->numberOfItems(0) == 0) {
-        log(QStringLiteral("openChannel: nothing to open!"));
-        return;
-    }
-    const auto found = std::find_if(channels.begin(), channels.end(),
-                                    [&](const Channel& channel) { return channel.id == id; });
-    int index = int(found - channels.begin());
-    if (found != channels.end() && index < m_collectionView->numberOfItems(0)) {
-        log(QStringLiteral("openChannel: found channel with id %1 at index %2").arg(id).arg(index));
-    } else {
-        log(QStringLiteral("openChannel: could not find channel with id %1, open the first one "
-                           "instead")
-                .arg(id));
-        index = 0;
-    }
-    const IndexPath path{index, 0};
-    if (animated) {
-        m_collectionView->scrollToItem(path, CollectionView::ScrollPosition::right, true,
-                                       [self = QPointer<LumoraRowView>(this), index] {
-                                           if (self) {
-                                               self->openChannelFromVisibleCell(index);
-                                           }
-                                       });
-        return;
-    }
-    m_collectionView->scrollToItem(path, CollectionView::ScrollPosition::right, false);
-    openChannelFromVisibleCell(index);
-}
-
-void LumoraRowView::openChannelFromVisibleCell(int index) {
-    for (CollectionViewCell* visible : m_collectionView->visibleCells()) {
-        auto* cell = qobject_cast<LumoraRowViewCell*>(visible);
-        if (cell && cell->currentIndex() == index) {
-            cell->openChannelsHost();
-            return;
-        }
-    }
-    log(QStringLiteral("openChannel: the cell of index %1 is not on screen").arg(index));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -512,6 +409,10 @@ QList<std::optional<QPointF>>& LumoraRowView::cellCenters() {
 const QList<std::optional<QPointF>>& LumoraRowView::cellCenters() const {
     static const QList<std::optional<QPointF>> none;
     return m_cellCenters ? *m_cellCenters : none;
+}
+
+void LumoraRowView::logOperation(const QString& operation) {
+    logger().log(description() + QStringLiteral(" - ") + operation, LogLevel::debug);
 }
 
 }  // namespace LumoraSDK

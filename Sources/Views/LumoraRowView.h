@@ -140,6 +140,8 @@ protected:
     void componentComplete() override;
 
 private:
+    /// A debug line of this row's: its description, " - " and the operation.
+    static void logOperation(const QString& operation);
     using ChannelsCompletion = std::function<void(const QList<Channel>&)>;
     using ErrorCompletion = std::function<void(const RequestError&)>;
 

@@ -58,6 +58,12 @@ void LumoraRowViewDataSource::configureCell(CollectionView& view,
     cell->rowInstance = rowInstance;
     cell->setup(row, dataItems.at(row), branding, uiStyle);
     cell->onChannelContainerDismissed = onChannelContainerClosed;
+    // The record keeps its length: the row sizes it to the channel list it loads.
+    cell->onCenterPositionUpdated = [row = rowInstance](int index, QPointF center) {
+        if (row && index < row->cellCenters().size()) {
+            row->cellCenters()[index] = center;
+        }
+    };
     cell->onCellClicked = [this, view = QPointer<CollectionView>(&view)] {
         if (view) {
             updateVisibleCellCenterPositions(*view);
@@ -85,14 +91,8 @@ QMarginsF LumoraRowViewDataSource::insetForSection(CollectionView&, int) {
 
 void LumoraRowViewDataSource::updateVisibleCellCenterPositions(CollectionView& collectionView) {
     for (CollectionViewCell* visible : collectionView.visibleCells()) {
-        auto* cell = qobject_cast<LumoraRowViewCell*>(visible);
-        if (!cell || cell->isPlaceholder() || !cell->currentIndex() || !cell->rowInstance) {
-            continue;
-        }
-        QList<std::optional<QPointF>>& centers = cell->rowInstance->cellCenters();
-        const int index = *cell->currentIndex();
-        if (index < centers.size()) {
-            centers[index] = cell->contentCenterInWindow();
+        if (auto* cell = qobject_cast<LumoraRowViewCell*>(visible)) {
+            cell->updateCenterPosition();
         }
     }
 }

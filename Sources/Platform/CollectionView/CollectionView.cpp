@@ -6,15 +6,12 @@
 #include <algorithm>
 #include <mutex>
 
-#include "CollectionView/CollectionViewBatchUpdate.h"
 #include "CollectionView/CollectionViewCell.h"
 #include "CollectionView/CollectionViewDataSource.h"
 #include "CollectionView/CollectionViewDelegate.h"
 #include "CollectionView/CollectionViewModel.h"
 #include "CollectionView/CollectionViewScroller.h"
 #include "CollectionView/CollectionViewSlot.h"
-#include "PlatformLog.h"
-#include "Scheduler.h"
 
 namespace LumoraSDK {
 
@@ -30,24 +27,6 @@ constexpr int kHorizontalFlick = 1;
 constexpr int kVerticalFlick = 2;
 constexpr int kNoSnap = 0;
 constexpr int kSnapOneItem = 2;
-constexpr int kPositionBeginning = 0;
-constexpr int kPositionCenter = 1;
-constexpr int kPositionEnd = 2;
-
-int positionMode(CollectionView::ScrollPosition position) {
-    switch (position) {
-        case CollectionView::ScrollPosition::left:
-        case CollectionView::ScrollPosition::top:
-            return kPositionBeginning;
-        case CollectionView::ScrollPosition::right:
-        case CollectionView::ScrollPosition::bottom:
-            return kPositionEnd;
-        case CollectionView::ScrollPosition::centeredHorizontally:
-        case CollectionView::ScrollPosition::centeredVertically:
-            return kPositionCenter;
-    }
-    return kPositionBeginning;
-}
 
 /// Engine for views made from C++ rather than QML, which have no engine of their own.
 QQmlEngine* sharedEngine() {
@@ -58,19 +37,7 @@ QQmlEngine* sharedEngine() {
     return engine;
 }
 
-QString describe(const CollectionView* view) {
-    QString text;
-    QDebug(&text).nospace() << view;
-    return text;
-}
-
 }  // namespace
-
-/// What is collected while a batch's updates run.
-struct CollectionView::Batch {
-    CollectionViewBatchUpdate update;
-    QList<std::function<void(bool)>> completions;
-};
 
 CollectionView::CollectionView(QQuickItem* parent)
     : QQuickItem(parent), m_model(new CollectionViewModel(this)) {
@@ -128,9 +95,10 @@ bool CollectionView::ensureList() {
     m_list->setProperty("model", QVariant::fromValue<QObject*>(m_model));
     component.completeCreate();
     m_list->setSize(size());
-    applyListSettings();
 
-    m_scroller = new CollectionViewScroller(*this, *m_list);
+    m_scroller = new CollectionViewScroller(*m_list, this);
+    connectScroller();
+    applyListSettings();
     return true;
 }
 
@@ -144,6 +112,8 @@ void CollectionView::applyListSettings() {
     m_list->setProperty("snapMode", m_pagingEnabled ? kSnapOneItem : kNoSnap);
     m_list->setProperty("interactive", m_scrollEnabled);
     m_list->setProperty("updateDuration", qRound(m_updateAnimationDuration * 1000));
+    m_scroller->setHorizontal(horizontal);
+    m_scroller->setAnimationDuration(m_scrollAnimationDuration);
 }
 
 void CollectionView::applyLayoutParameters() {
@@ -189,174 +159,6 @@ void CollectionView::registerCell(const QString& reuseIdentifier, CellFactory fa
 
 QAbstractItemModel* CollectionView::model() const {
     return m_model;
-}
-
-// ---------------------------------------------------------------------------------------------
-// Items
-
-int CollectionView::numberOfItems(int section) const {
-    return section == 0 ? m_model->rowCount() : 0;
-}
-
-void CollectionView::reloadData() {
-    if (!ensureList()) {
-        return;
-    }
-    const int count = m_dataSource ? m_dataSource->numberOfItems(*this, 0) : 0;
-    applyLayoutParameters();
-    m_model->reset(count);
-}
-
-void CollectionView::reloadItems(const QList<IndexPath>& indexPaths) {
-    if (m_batch) {
-        for (const IndexPath& path : indexPaths) {
-            m_batch->update.reloadItem(path.item);
-        }
-        return;
-    }
-    for (const IndexPath& path : indexPaths) {
-        if (path.section != 0 || path.item < 0 || path.item >= m_model->rowCount()) {
-            continue;
-        }
-        m_model->notifyChanged(path.item, path.item);
-        if (CollectionViewSlot* slot = liveSlot(path.item)) {
-            bindSlot(slot, true);
-        }
-    }
-}
-
-void CollectionView::reloadSections(const QList<int>& sections) {
-    if (!sections.contains(0)) {
-        return;
-    }
-    if (m_batch) {
-        m_batch->update.reloadAll();
-        return;
-    }
-    reloadSectionItems();
-}
-
-void CollectionView::reloadSectionItems() {
-    if (!ensureList()) {
-        return;
-    }
-    const int oldCount = m_model->rowCount();
-    const int newCount = m_dataSource ? m_dataSource->numberOfItems(*this, 0) : 0;
-    applyLayoutParameters();
-    if (newCount != oldCount) {
-        // The section is replaced as a whole: every item goes and the new ones come.
-        CollectionViewBatchUpdate update;
-        for (int row = 0; row < oldCount; ++row) {
-            update.deleteItem(row);
-        }
-        for (int row = 0; row < newCount; ++row) {
-            update.insertItem(row);
-        }
-        m_model->apply(update.plan(oldCount, newCount).steps);
-        return;
-    }
-    m_model->notifyChanged(0, newCount - 1);
-    for (CollectionViewSlot* slot : std::as_const(m_slots)) {
-        if (isLive(slot)) {
-            bindSlot(slot, true);
-        }
-    }
-}
-
-void CollectionView::performBatchUpdates(std::function<void()> updates,
-                                         std::function<void(bool)> completion) {
-    if (m_batch) {
-        // A batch inside a batch joins it.
-        if (updates) {
-            updates();
-        }
-        if (completion) {
-            m_batch->completions.append(std::move(completion));
-        }
-        return;
-    }
-    Batch batch;
-    const int oldCount = m_model->rowCount();
-    m_batch = &batch;
-    if (updates) {
-        updates();
-    }
-    m_batch = nullptr;
-    applyBatch(batch.update, oldCount);
-    if (completion) {
-        batch.completions.append(std::move(completion));
-    }
-    for (auto& done : batch.completions) {
-        MainQueue::async([done = std::move(done)] { done(true); });
-    }
-}
-
-void CollectionView::deleteItems(const QList<IndexPath>& indexPaths) {
-    if (!m_batch) {
-        performBatchUpdates([&] { deleteItems(indexPaths); });
-        return;
-    }
-    for (const IndexPath& path : indexPaths) {
-        m_batch->update.deleteItem(path.item);
-    }
-}
-
-void CollectionView::insertItems(const QList<IndexPath>& indexPaths) {
-    if (!m_batch) {
-        performBatchUpdates([&] { insertItems(indexPaths); });
-        return;
-    }
-    for (const IndexPath& path : indexPaths) {
-        m_batch->update.insertItem(path.item);
-    }
-}
-
-void CollectionView::moveItem(const IndexPath& from, const IndexPath& to) {
-    if (!m_batch) {
-        performBatchUpdates([&] { moveItem(from, to); });
-        return;
-    }
-    m_batch->update.moveItem(from.item, to.item);
-}
-
-void CollectionView::applyBatch(const CollectionViewBatchUpdate& update, int oldCount) {
-    if (!ensureList()) {
-        return;
-    }
-    const int newCount = m_dataSource ? m_dataSource->numberOfItems(*this, 0) : 0;
-    if (update.reloadsAll() && !update.hasItemOperations()) {
-        reloadSectionItems();
-        return;
-    }
-    const CollectionViewBatchUpdate::Plan plan = update.plan(oldCount, newCount);
-    if (!plan.isValid()) {
-        qCWarning(lcPlatform).noquote()
-            << describe(this) + QStringLiteral(" - invalid batch update (") + plan.error +
-                   QStringLiteral("), reloading all items");
-        reloadData();
-        return;
-    }
-    applyLayoutParameters();
-    m_model->apply(plan.steps);
-    // Sizes may change with the data; reloads name their items by the position before the batch.
-    for (CollectionViewSlot* slot : std::as_const(m_slots)) {
-        if (isLive(slot)) {
-            layoutSlot(slot);
-        }
-    }
-    if (update.reloadsAll()) {
-        reloadSectionItems();
-        return;
-    }
-    for (int oldRow : update.reloads()) {
-        const int row = plan.newIndexOfOld.value(oldRow, -1);
-        if (row >= 0) {
-            m_model->notifyChanged(row, row);
-            if (CollectionViewSlot* slot = liveSlot(row)) {
-                bindSlot(slot, true);
-            }
-        }
-    }
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -474,7 +276,6 @@ CollectionViewCell* CollectionView::dequeueCell(const QString& reuseIdentifier,
     }
     QQmlEngine::setObjectOwnership(cell, QQmlEngine::CppOwnership);
     cell->m_reuseIdentifier = reuseIdentifier;
-    cell->m_collectionView = this;
     cell->setParentItem(parent);
     cell->setParent(parent);
     return cell;
@@ -548,55 +349,6 @@ void CollectionView::invalidateLayout() {
     }
 }
 
-// ---------------------------------------------------------------------------------------------
-// Scrolling
-
-QPointF CollectionView::contentOffset() const {
-    return m_scroller ? m_scroller->contentOffset() : QPointF();
-}
-
-void CollectionView::setContentOffset(const QPointF& offset, bool animated) {
-    if (ensureList()) {
-        m_scroller->setContentOffset(offset, animated);
-    }
-}
-
-QSizeF CollectionView::contentSize() const {
-    const int count = m_model->rowCount();
-    qreal length = 0;
-    if (m_dataSource) {
-        auto* self = const_cast<CollectionView*>(this);
-        for (int row = 0; row < count; ++row) {
-            const QSizeF itemSize = m_dataSource->sizeForItem(*self, IndexPath{row, 0});
-            length += m_scrollDirection == ScrollDirection::horizontal ? itemSize.width()
-                                                                       : itemSize.height();
-        }
-    }
-    if (count > 1) {
-        length += m_lineSpacing * (count - 1);
-    }
-    if (m_scrollDirection == ScrollDirection::horizontal) {
-        return QSizeF(m_sectionInsets.left() + length + m_sectionInsets.right(), height());
-    }
-    return QSizeF(width(), m_sectionInsets.top() + length + m_sectionInsets.bottom());
-}
-
-void CollectionView::scrollToItem(const IndexPath& indexPath, ScrollPosition position,
-                                  bool animated) {
-    if (ensureList() && indexPath.section == 0 && indexPath.item >= 0 &&
-        indexPath.item < m_model->rowCount()) {
-        m_scroller->scrollToItem(indexPath.item, positionMode(position), animated);
-    }
-}
-
-bool CollectionView::isDragging() const {
-    return m_scroller && m_scroller->isDragging();
-}
-
-bool CollectionView::isDecelerating() const {
-    return m_scroller && m_scroller->isDecelerating();
-}
-
 void CollectionView::setPagingEnabled(bool enabled) {
     m_pagingEnabled = enabled;
     applyListSettings();
@@ -616,10 +368,6 @@ void CollectionView::setScrollDirection(ScrollDirection direction) {
     m_scrollDirection = direction;
     applyListSettings();
     invalidateLayout();
-}
-
-void CollectionView::setScrollAnimationDuration(double seconds) {
-    m_scrollAnimationDuration = seconds;
 }
 
 void CollectionView::setUpdateAnimationDuration(double seconds) {

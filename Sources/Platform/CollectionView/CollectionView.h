@@ -10,6 +10,7 @@
 #include <QUrl>
 #include <functional>
 
+#include "CollectionView/CollectionViewSlot.h"
 #include "CollectionView/IndexPath.h"
 #include "lumorasdk_export.h"
 
@@ -24,7 +25,6 @@ class CollectionViewDataSource;
 class CollectionViewDelegate;
 class CollectionViewModel;
 class CollectionViewScroller;
-class CollectionViewSlot;
 
 /// A scrolling strip of cells: a QML ListView that this item owns and drives through a list model.
 ///
@@ -37,7 +37,7 @@ class CollectionViewSlot;
 ///
 /// Offsets follow the usual scroll-view convention: (0, 0) is the start of the content, section
 /// insets included, whatever the list's internal origin.
-class LUMORASDK_EXPORT CollectionView : public QQuickItem {
+class LUMORASDK_EXPORT CollectionView : public QQuickItem, public CollectionViewSlotHost {
     Q_OBJECT
 
 public:
@@ -152,7 +152,6 @@ protected:
     void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
 
 private:
-    friend class CollectionViewSlot;
     struct Registration {
         QUrl url;
         CellFactory factory;
@@ -165,12 +164,13 @@ private:
     void applyLayoutParameters();
     void applyBatch(const CollectionViewBatchUpdate& update, int oldCount);
     void reloadSectionItems();
+    void connectScroller();
 
-    void slotCreated(CollectionViewSlot* slot);
-    void slotRowChanged(CollectionViewSlot* slot);
-    void slotPooled(CollectionViewSlot* slot);
-    void slotReused(CollectionViewSlot* slot);
-    void slotDestroyed(CollectionViewSlot* slot);
+    void slotCreated(CollectionViewSlot* slot) override;
+    void slotRowChanged(CollectionViewSlot* slot) override;
+    void slotPooled(CollectionViewSlot* slot) override;
+    void slotReused(CollectionViewSlot* slot) override;
+    void slotDestroyed(CollectionViewSlot* slot) override;
 
     void bindSlot(CollectionViewSlot* slot, bool reusing);
     void layoutSlot(CollectionViewSlot* slot);

@@ -1,7 +1,5 @@
 #include "CollectionView/CollectionViewCell.h"
 
-#include "CollectionView/CollectionView.h"
-
 namespace LumoraSDK {
 
 CollectionViewCell::CollectionViewCell(QQuickItem* parent)

@@ -34,8 +34,6 @@ public:
     int item() const { return m_indexPath.item; }
     QString reuseIdentifier() const { return m_reuseIdentifier; }
     QQuickItem* contentView() const { return m_contentView; }
-    /// The view showing this cell, or nullptr.
-    CollectionView* collectionView() const { return m_collectionView; }
 
     /// Resets per-item state before the cell is filled for another item (or the same one again,
     /// on reload). The base does nothing.
@@ -61,7 +59,6 @@ private:
     QList<QPointer<QObject>> m_contentObjects;
     IndexPath m_indexPath{-1, 0};
     QString m_reuseIdentifier;
-    QPointer<CollectionView> m_collectionView;
 };
 
 }  // namespace LumoraSDK

@@ -5,14 +5,12 @@
 #include <QScopedValueRollback>
 #include <utility>
 
-#include "CollectionView/CollectionView.h"
-#include "CollectionView/CollectionViewDelegate.h"
 #include "ViewAnimation.h"
 
 namespace LumoraSDK {
 
-CollectionViewScroller::CollectionViewScroller(CollectionView& view, QQuickItem& list)
-    : QObject(&view), m_view(view), m_list(list) {
+CollectionViewScroller::CollectionViewScroller(QQuickItem& list, QObject* parent)
+    : QObject(parent), m_list(list) {
     connect(&m_list, SIGNAL(contentXChanged()), this, SLOT(onContentMoved()));
     connect(&m_list, SIGNAL(contentYChanged()), this, SLOT(onContentMoved()));
     connect(&m_list, SIGNAL(dragStarted()), this, SLOT(onDragStarted()));
@@ -30,7 +28,7 @@ QPointF CollectionViewScroller::listPosition() const {
 }
 
 void CollectionViewScroller::setListPosition(const QPointF& position) {
-    if (m_view.scrollDirection() == CollectionView::ScrollDirection::horizontal) {
+    if (m_horizontal) {
         m_list.setProperty("contentX", position.x());
     } else {
         m_list.setProperty("contentY", position.y());
@@ -80,11 +78,11 @@ void CollectionViewScroller::scrollToItem(int item, int positionMode, bool anima
 
 void CollectionViewScroller::animate(const QPointF& from, const QPointF& to) {
     m_animation = ViewAnimation::animate(
-        m_view.scrollAnimationDuration(),
+        m_animationDuration,
         [this, from, to](double progress) { setListPosition(from + (to - from) * progress); },
         [self = QPointer<CollectionViewScroller>(this)](bool finished) {
-            if (self && finished && self->m_view.delegate()) {
-                self->m_view.delegate()->scrollViewDidEndScrollingAnimation(self->m_view);
+            if (self && finished) {
+                emit self->didEndScrollingAnimation();
             }
         });
 }
@@ -94,17 +92,15 @@ void CollectionViewScroller::stop() {
 }
 
 void CollectionViewScroller::onContentMoved() {
-    if (m_view.delegate() && !m_quiet) {
-        m_view.delegate()->scrollViewDidScroll(m_view);
+    if (!m_quiet) {
+        emit didScroll();
     }
 }
 
 void CollectionViewScroller::onDragStarted() {
     stop();
     m_userDecelerating = false;
-    if (m_view.delegate()) {
-        m_view.delegate()->scrollViewWillBeginDragging(m_view);
-    }
+    emit willBeginDragging();
 }
 
 void CollectionViewScroller::onDragEnded() {
@@ -132,17 +128,15 @@ void CollectionViewScroller::onMovementEnded() {
         reportDragEnd(false);
         return;
     }
-    if (std::exchange(m_userDecelerating, false) && m_view.delegate()) {
-        m_view.delegate()->scrollViewDidEndDecelerating(m_view);
+    if (std::exchange(m_userDecelerating, false)) {
+        emit didEndDecelerating();
     }
 }
 
 void CollectionViewScroller::reportDragEnd(bool willDecelerate) {
     m_dragEnding = false;
     m_userDecelerating = willDecelerate;
-    if (m_view.delegate()) {
-        m_view.delegate()->scrollViewDidEndDragging(m_view, willDecelerate);
-    }
+    emit didEndDragging(willDecelerate);
 }
 
 bool CollectionViewScroller::isDragging() const {

@@ -9,17 +9,20 @@ class QQuickItem;
 
 namespace LumoraSDK {
 
-class CollectionView;
-
-/// The scrolling side of a CollectionView: offsets in content terms, programmatic scrolls
-/// (animated on the Scheduler clock, so tests drive them by hand) and the user's drags, all
-/// reported to the view's delegate.
+/// The scrolling side of a CollectionView's list: offsets in content terms, programmatic scrolls
+/// (animated on the Scheduler clock, so tests drive them by hand) and the user's drags, each
+/// announced by a signal that the view passes on to its delegate.
 class CollectionViewScroller final : public QObject {
     Q_OBJECT
 
 public:
-    CollectionViewScroller(CollectionView& view, QQuickItem& list);
+    CollectionViewScroller(QQuickItem& list, QObject* parent);
     ~CollectionViewScroller() override;
+
+    /// Along which axis the content moves.
+    void setHorizontal(bool horizontal) { m_horizontal = horizontal; }
+    /// Seconds an animated programmatic scroll takes.
+    void setAnimationDuration(double seconds) { m_animationDuration = seconds; }
 
     /// The list's own content position (its contentX, contentY).
     QPointF listPosition() const;
@@ -32,6 +35,16 @@ public:
     void stop();
     bool isDragging() const;
     bool isDecelerating() const;
+
+Q_SIGNALS:
+    /// The content moved, other than by the jumps of scrollToItem's own measuring.
+    void didScroll();
+    void willBeginDragging();
+    void didEndDragging(bool willDecelerate);
+    /// The content came to rest after a drag that left it moving.
+    void didEndDecelerating();
+    /// An animated programmatic scroll reached its target.
+    void didEndScrollingAnimation();
 
 private Q_SLOTS:
     void onContentMoved();
@@ -46,9 +59,10 @@ private:
     void animate(const QPointF& from, const QPointF& to);
     void reportDragEnd(bool willDecelerate);
 
-    CollectionView& m_view;
     QQuickItem& m_list;
     Timer m_animation;
+    bool m_horizontal = true;
+    double m_animationDuration = 0;
     bool m_quiet = false;
     bool m_dragEnding = false;
     bool m_userDecelerating = false;

@@ -1,14 +1,12 @@
 #include "CollectionView/CollectionViewSlot.h"
 
-#include "CollectionView/CollectionView.h"
-
 namespace LumoraSDK {
 
 CollectionViewSlot::CollectionViewSlot(QQuickItem* parent) : QQuickItem(parent) {}
 
 CollectionViewSlot::~CollectionViewSlot() {
-    if (m_view) {
-        m_view->slotDestroyed(this);
+    if (m_host) {
+        m_host->slotDestroyed(this);
     }
 }
 
@@ -18,8 +16,8 @@ void CollectionViewSlot::setRow(int row) {
     }
     m_row = row;
     Q_EMIT rowChanged();
-    if (m_attached && m_view && !m_pooled) {
-        m_view->slotRowChanged(this);
+    if (m_attached && m_host && !m_pooled) {
+        m_host->slotRowChanged(this);
     }
 }
 
@@ -41,24 +39,24 @@ void CollectionViewSlot::attachIfReady() {
     if (m_attached || !isComponentComplete() || !m_listView) {
         return;
     }
-    m_view = qobject_cast<CollectionView*>(m_listView->parentItem());
-    if (m_view) {
+    m_host = dynamic_cast<CollectionViewSlotHost*>(m_listView->parentItem());
+    if (m_host) {
         m_attached = true;
-        m_view->slotCreated(this);
+        m_host->slotCreated(this);
     }
 }
 
 void CollectionViewSlot::pooled() {
     m_pooled = true;
-    if (m_view) {
-        m_view->slotPooled(this);
+    if (m_host) {
+        m_host->slotPooled(this);
     }
 }
 
 void CollectionViewSlot::reused() {
     m_pooled = false;
-    if (m_view) {
-        m_view->slotReused(this);
+    if (m_host) {
+        m_host->slotReused(this);
     }
 }
 

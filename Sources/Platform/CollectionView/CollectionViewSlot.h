@@ -5,10 +5,24 @@
 
 namespace LumoraSDK {
 
-class CollectionView;
 class CollectionViewCell;
+class CollectionViewSlot;
 
-/// The list's delegate: it holds the cell for its row and tells the CollectionView when the list
+/// What a slot reports to the item that owns its list (a CollectionView): the list made it, moved
+/// it to another row, pooled it, reused it, or is destroying it.
+class CollectionViewSlotHost {
+public:
+    virtual void slotCreated(CollectionViewSlot* slot) = 0;
+    virtual void slotRowChanged(CollectionViewSlot* slot) = 0;
+    virtual void slotPooled(CollectionViewSlot* slot) = 0;
+    virtual void slotReused(CollectionViewSlot* slot) = 0;
+    virtual void slotDestroyed(CollectionViewSlot* slot) = 0;
+
+protected:
+    ~CollectionViewSlotHost() = default;
+};
+
+/// The list's delegate: it holds the cell for its row and tells its host when the list
 /// creates it, moves it to another row, pools it or reuses it. The list has one delegate for
 /// every row while cells come in several kinds (reuse identifiers), so a slot swaps its cell when
 /// it is reused for a row of another kind; a row that only moves keeps its slot and its cell.
@@ -31,8 +45,8 @@ public:
     void setCell(CollectionViewCell* cell) { m_cell = cell; }
     /// Parked in the list's reuse pool, showing nothing.
     bool isPooled() const { return m_pooled; }
-    /// Forgets the view (when the view goes first).
-    void detach() { m_view = nullptr; }
+    /// Forgets the host (when the host goes first).
+    void detach() { m_host = nullptr; }
 
     Q_INVOKABLE void pooled();
     Q_INVOKABLE void reused();
@@ -51,7 +65,7 @@ private:
     bool m_pooled = false;
     bool m_attached = false;
     QPointer<QQuickItem> m_listView;
-    QPointer<CollectionView> m_view;
+    CollectionViewSlotHost* m_host = nullptr;
     CollectionViewCell* m_cell = nullptr;
 };
 

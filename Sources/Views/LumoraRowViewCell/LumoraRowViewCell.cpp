@@ -11,13 +11,12 @@
 #include "Platform/ViewAnimation.h"
 #include "Services/Logger.h"
 #include "Views/FrameButtonView.h"
-#include "Views/LumoraRowView.h"
 
 namespace LumoraSDK {
 
 namespace {
 
-void presentWithoutPlayer(int index, LumoraRowView*, std::function<void(int)>) {
+void presentWithoutPlayer(int index, const QPointer<LumoraRowView>&, std::function<void(int)>) {
     logger().log(QStringLiteral("LumoraSDK.LumoraRowViewCell - presentChannel at index %1: no "
                                 "channel player is installed")
                      .arg(index),
@@ -291,13 +290,10 @@ QPointF LumoraRowViewCell::contentCenterInWindow() const {
 }
 
 void LumoraRowViewCell::updateCenterPosition() {
-    if (m_isPlaceholder || !m_currentIndex || !rowInstance) {
+    if (m_isPlaceholder || !m_currentIndex) {
         return;
     }
-    QList<std::optional<QPointF>>& centers = rowInstance->cellCenters();
-    if (*m_currentIndex < centers.size()) {
-        centers[*m_currentIndex] = contentCenterInWindow();
-    }
+    onCenterPositionUpdated(*m_currentIndex, contentCenterInWindow());
 }
 
 }  // namespace LumoraSDK

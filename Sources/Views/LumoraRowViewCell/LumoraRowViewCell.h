@@ -11,7 +11,6 @@
 #include "Enums/LumoraRowViewStyle.h"
 #include "Models/Branding.h"
 #include "Models/Channel.h"
-#include "Platform/CollectionView/CollectionView.h"  // CollectionViewCell.h needs the complete type
 #include "Platform/CollectionView/CollectionViewCell.h"
 #include "Platform/Layers/GradientLayer.h"
 #include "Views/FrameButtonView.h"
@@ -35,8 +34,8 @@ class LUMORASDK_EXPORT LumoraRowViewCell : public CollectionViewCell {
 public:
     /// Opens the player for channel `index` of `row`; `onDismissed` gets the index back when the
     /// player closes. Replaceable so that the player can plug itself in; until then it only logs.
-    using ChannelPresenter =
-        std::function<void(int index, LumoraRowView* row, std::function<void(int)> onDismissed)>;
+    using ChannelPresenter = std::function<void(int index, QPointer<LumoraRowView> row,
+                                                std::function<void(int)> onDismissed)>;
     static ChannelPresenter channelPresenter;
 
     /// Each half of the pop (out, then back) takes this long, in seconds.
@@ -72,7 +71,8 @@ public:
     /// Grows the content to animatePopScale and back (kPopHalfDuration each way, on the
     /// Scheduler's clock), then calls onComplete.
     void animatePop(std::function<void()> onComplete = {});
-    /// Records this cell's centre in the row's cellCenters (real cells with an index in range).
+    /// Reports this cell's centre, in window coordinates, through onCenterPositionUpdated (real
+    /// cells with an index only).
     void updateCenterPosition();
     /// The label's tap: the same as a tap on the picture, once the cell has been set up.
     Q_INVOKABLE void onLabelPressed();
@@ -96,6 +96,8 @@ public:
     std::function<void()> onCellClicked = [] {};
     /// Set by the data source; called with the channel index when the player closes.
     std::function<void(int)> onChannelContainerDismissed = [](int) {};
+    /// Set by the data source to keep the row's cellCenters: the channel index and the centre.
+    std::function<void(int, QPointF)> onCenterPositionUpdated = [](int, QPointF) {};
 
     GradientLayer* activeGradientBorderLayer() const { return m_activeGradientBorderLayer; }
     GradientLayer* inactiveGradientBorderLayer() const { return m_inactiveGradientBorderLayer; }
