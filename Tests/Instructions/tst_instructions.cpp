@@ -2,7 +2,6 @@
 // buttons, and the player that shows it once per installation while holding its first page.
 // Time runs on ManualScheduler; only the player's network I/O is waited for.
 
-#include <QDir>
 #include <QQmlEngine>
 #include <QQuickWindow>
 #include <QTest>
@@ -268,8 +267,7 @@ private slots:
         env.settle(scene->row.get(), 1.0);
         QCOMPARE(host->currentChannelViewController()->currentIndex(), 0);
         QVERIFY(!pageTimerRuns(host));
-        QVERIFY(scene->window.grabWindow().save(
-            QDir(LumoraTest::artifactsDirectory()).filePath("instructions-" + style + ".png")));
+        QVERIFY(LumoraTest::saveArtifact(scene->window.grabWindow(), "instructions-" + style));
 
         QTest::mouseClick(&scene->window, Qt::LeftButton, {}, centerOf(overlay->startButton()));
         env.settle(scene->row.get(), 0.1);

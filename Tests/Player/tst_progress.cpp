@@ -156,9 +156,7 @@ private slots:
         }
         action(bar.dataSource, bar.view);
         const QImage shot = bar.window.grabWindow();
-        shot.save(
-            LumoraTest::artifactsDirectory() +
-            QStringLiteral("/progress-%1.png").arg(QTest::currentDataTag()).replace(' ', '-'));
+        LumoraTest::saveArtifact(shot, QStringLiteral("progress-") + QTest::currentDataTag());
         // Sample the middle of each segment's filled and empty parts, and the end of the bar.
         QList<QPair<qreal, int>> samples;  // x, expected grey
         for (int i = 0; i < 4; ++i) {

@@ -3,8 +3,6 @@
 // and the player shrinks back into the cell of the last channel. Time runs on ManualScheduler;
 // only the real network I/O is waited for.
 
-#include <QDir>
-#include <QRegularExpression>
 #include <QTest>
 
 #include "Extensions/ViewExtensions.h"
@@ -25,10 +23,6 @@ using RowTest::Fixture;
 Q_DECLARE_METATYPE(NavigationDirection)
 
 namespace {
-void saveArtifact(const QImage& image, const QString& name) {
-    QVERIFY(image.save(QDir(LumoraTest::artifactsDirectory()).filePath(name + ".png")));
-}
-
 QPointF centerOf(const QQuickItem* item) {
     return item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
 }
@@ -91,7 +85,7 @@ private slots:
         m_h->advance(0.5);
         QCOMPARE(m_h->player()->progressCollectionViewDataSource->timerRemainingMs.value(),
                  remaining - 50);
-        saveArtifact(m_h->scene()->window.grabWindow(), QStringLiteral("player-mid-page"));
+        QVERIFY(LumoraTest::saveArtifact(m_h->scene()->window.grabWindow(), "player-mid-page"));
         m_h->advance(0.5);
         QVERIFY(m_h->waitForPageTimer(0, 1));
         QCOMPARE(m_h->eventsSince(seen, 2),
@@ -112,7 +106,8 @@ private slots:
         QCOMPARE(turning.size(), 2);
         QVERIFY(perspectiveMultiplier(turning.first()->contentView()) < 0);
         QVERIFY(perspectiveMultiplier(turning.last()->contentView()) > 0);
-        saveArtifact(m_h->scene()->window.grabWindow(), QStringLiteral("player-mid-cube-turn"));
+        QVERIFY(
+            LumoraTest::saveArtifact(m_h->scene()->window.grabWindow(), "player-mid-cube-turn"));
         QCOMPARE(m_h->eventsSince(seen, 2),
                  QStringList({"completeChannel run-a run-a-2", "completePage run-a run-a-2"}));
         m_h->advance(0.3);

@@ -3,7 +3,6 @@
 // Scenes for the row's tests: a lumora-devserver with the SDK pointed at it, a window holding one
 // LumoraRowView declared in QML, and hand-driven clocks for the main queue and for animations.
 
-#include <QAnimationDriver>
 #include <QDeadlineTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -22,6 +21,7 @@
 #include "Models/UserInput.h"
 #include "Platform/Scheduler.h"
 #include "Services/NetworkingService.h"
+#include "TestSupport.h"
 #include "Views/LumoraRowView.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
 #include "Views/LumoraRowViewDataSource.h"
@@ -29,19 +29,6 @@
 namespace RowTest {
 
 using namespace LumoraSDK;
-
-/// Moves Qt's animation clock (the list's insert, remove and move transitions) by hand.
-class ManualAnimationDriver : public QAnimationDriver {
-public:
-    void advanceBy(qint64 ms) {
-        m_elapsed += ms;
-        advance();
-    }
-    qint64 elapsed() const override { return m_elapsed; }
-
-private:
-    qint64 m_elapsed = 0;
-};
 
 /// One channel as the API sends it; an empty status leaves the field out.
 inline QJsonObject channelJson(const QString& id, const QString& title, const QString& status,
@@ -245,7 +232,7 @@ public:
     }
 
     ManualScheduler clock;
-    ManualAnimationDriver animations;
+    LumoraTest::ManualAnimationDriver animations;
 
 private:
     QTemporaryDir m_dir;

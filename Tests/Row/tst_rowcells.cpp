@@ -1,8 +1,6 @@
-#include <QDir>
 #include <QFont>
 #include <QGuiApplication>
 #include <QImage>
-#include <QRegularExpression>
 #include <QSet>
 
 #include "RowTestSupport.h"
@@ -12,6 +10,7 @@
 
 using namespace LumoraSDK;
 using namespace RowTest;
+using LumoraTest::saveArtifact;
 
 namespace {
 
@@ -74,12 +73,6 @@ QList<LumoraRowViewCell*> allCells(CollectionView& strip) {
         }
     }
     return cells;
-}
-
-void saveArtifact(const QImage& image, const QString& name) {
-    image.save(QDir(LumoraTest::artifactsDirectory())
-                   .filePath(QString(name).replace(QRegularExpression("[^A-Za-z0-9-]+"), "-") +
-                             QStringLiteral(".png")));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <QMutexLocker>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QRegularExpression>
 
 namespace LumoraTest {
 
@@ -66,18 +67,14 @@ int LogCapture::count(const QString& text) const {
     return n;
 }
 
-void LogCapture::clear() {
-    QMutexLocker lock(&g_mutex);
-    g_lines.clear();
-}
-
-QString artifactsDirectory() {
+bool saveArtifact(const QImage& image, const QString& name) {
     QString dir = qEnvironmentVariable("LUMORA_TEST_ARTIFACTS");
     if (dir.isEmpty()) {
         dir = QCoreApplication::applicationDirPath() + QStringLiteral("/artifacts");
     }
     QDir().mkpath(dir);
-    return dir;
+    const QString file = QString(name).replace(QRegularExpression("[^A-Za-z0-9-]+"), "-");
+    return image.save(QDir(dir).filePath(file + QStringLiteral(".png")));
 }
 
 ChildResult runSelf(const QStringList& arguments, const QStringList& environment, int timeoutMs) {

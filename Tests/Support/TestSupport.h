@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QAnimationDriver>
+#include <QImage>
 #include <QList>
 #include <QMutex>
 #include <QPair>
@@ -25,11 +27,24 @@ public:
     bool contains(const QString& text) const;
     /// Lines that contain `text`.
     int count(const QString& text) const;
-    void clear();
 };
 
-/// Where tests write screenshots and other files for people to review.
-QString artifactsDirectory();
+/// Keeps `image` among the screenshots people review, as `<name>.png` with anything but letters,
+/// digits and dashes in the name turned into dashes.
+bool saveArtifact(const QImage& image, const QString& name);
+
+/// Moves Qt Quick's animation clock (list transitions, scroll animations) by hand.
+class ManualAnimationDriver : public QAnimationDriver {
+public:
+    void advanceBy(qint64 ms) {
+        m_elapsed += ms;
+        advance();
+    }
+    qint64 elapsed() const override { return m_elapsed; }
+
+private:
+    qint64 m_elapsed = 0;
+};
 
 /// Runs this test executable again as a child process with `arguments` and extra environment
 /// variables, and returns its exit code, standard output and standard error.

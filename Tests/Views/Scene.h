@@ -21,7 +21,7 @@ struct Scene {
     /// Renders the window now; the picture is kept among the artifacts as `<name>.png`.
     QImage grab(const QString& name) {
         const QImage image = window.grabWindow();
-        image.save(artifactsDirectory() + QLatin1Char('/') + name + QStringLiteral(".png"));
+        saveArtifact(image, name);
         return image;
     }
     QQuickWindow window;

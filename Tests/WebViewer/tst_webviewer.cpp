@@ -1,6 +1,5 @@
 // The web page viewer in a real offscreen window: drag to dismiss through real pointer events,
 // the progress bar, refused addresses, and a real page from lumora-devserver over loopback.
-#include <QDir>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
@@ -190,7 +189,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(m_window->grabWindow().pixelColor(20, 100), QColor("#2563EB"),
                                   30000);
         const QImage shot = m_window->grabWindow();
-        QVERIFY(shot.save(QDir(LumoraTest::artifactsDirectory()).filePath("web-viewer.png")));
+        QVERIFY(LumoraTest::saveArtifact(shot, "web-viewer"));
         QCOMPARE(shot.pixelColor(8, 40), QColor("#F5C92C"));
         QCOMPARE(shot.pixelColor(8, 62), QColor("#E21219"));
 
