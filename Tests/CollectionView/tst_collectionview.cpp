@@ -1,5 +1,4 @@
 #include <QAbstractItemModelTester>
-#include <QAnimationDriver>
 #include <QQuickWindow>
 #include <QRandomGenerator>
 #include <QSignalSpy>
@@ -7,7 +6,7 @@
 #include <memory>
 #include <utility>
 
-#include "Extensions/ChannelDiffAware.h"
+#include "../Diff/Versioned.h"
 #include "Extensions/CollectionViewReload.h"
 #include "Extensions/DiffExtensions.h"
 #include "Platform/CollectionView/CollectionView.h"
@@ -20,36 +19,6 @@
 using namespace LumoraSDK;
 
 namespace {
-
-/// An element whose identity (key) and content (version) differ, so replaces happen.
-struct Versioned {
-    QString key;
-    int version = 1;
-    friend bool operator==(const Versioned&, const Versioned&) = default;
-};
-
-}  // namespace
-
-template <>
-struct LumoraSDK::DiffTraits<Versioned> {
-    using DiffId = QString;
-    static const QString& diffId(const Versioned& v) { return v.key; }
-    static bool compareContent(const Versioned& a, const Versioned& b) {
-        return a.version == b.version;
-    }
-};
-
-namespace {
-
-QString nameOf(const QString& s) {
-    return s;
-}
-QString nameOf(const Versioned& v) {
-    return v.key + QString::number(v.version);
-}
-QString nameOf(const Channel& c) {
-    return c.id.value_or(QStringLiteral("-"));
-}
 
 class TestCell : public CollectionViewCell {
 public:
@@ -145,19 +114,6 @@ private:
     QObject m_context;
 };
 
-/// Drives Qt Quick's animations (list transitions, scroll animations) by hand.
-class ManualAnimationDriver : public QAnimationDriver {
-public:
-    void advanceBy(qint64 ms) {
-        m_elapsed += ms;
-        advance();
-    }
-    qint64 elapsed() const override { return m_elapsed; }
-
-private:
-    qint64 m_elapsed = 0;
-};
-
 QString textOf(CollectionViewCell* cell) {
     if (auto* testCell = dynamic_cast<TestCell*>(cell)) {
         return testCell->text;
@@ -247,7 +203,7 @@ private:
     }
 
     ManualScheduler m_clock;
-    ManualAnimationDriver m_animations;
+    LumoraTest::ManualAnimationDriver m_animations;
     bool m_animationsInstalled = false;
 
 private slots:
@@ -262,6 +218,7 @@ private slots:
             if (id != u"-") {
                 channel.id = id;
             }
+            channel.title = id;
             return channel;
         });
     }
@@ -279,24 +236,19 @@ private slots:
         QTest::addColumn<QList<int>>("inserts");
         QTest::addColumn<QList<QPoint>>("moves");
         QTest::addColumn<bool>("valid");
-        QTest::newRow("one move across the list, the rest untouched")
-            << "A B C D"
-            << "B C D A" << QList<int>{} << QList<int>{} << QList<QPoint>{{0, 3}} << true;
-        QTest::newRow("delete, insert and move at once")
-            << "A B C D E"
-            << "E X B D" << QList<int>{0, 2} << QList<int>{1} << QList<QPoint>{{4, 0}} << true;
-        QTest::newRow("move onto the position of a deleted item")
-            << "A B C"
-            << "C B" << QList<int>{0} << QList<int>{} << QList<QPoint>{{2, 0}} << true;
-        QTest::newRow("count that does not add up")
-            << "A B C"
-            << "A B" << QList<int>{} << QList<int>{} << QList<QPoint>{} << false;
-        QTest::newRow("deleted item also moved")
-            << "A B C"
-            << "B A" << QList<int>{0} << QList<int>{} << QList<QPoint>{{0, 1}} << false;
-        QTest::newRow("two items moved to one place")
-            << "A B C"
-            << "B C A" << QList<int>{} << QList<int>{} << QList<QPoint>{{0, 2}, {1, 2}} << false;
+        const auto row = [](const char* name, const char* oldItems, const char* newItems,
+                            QList<int> deletes, QList<int> inserts, QList<QPoint> moves,
+                            bool valid) {
+            QTest::newRow(name) << QString(oldItems) << QString(newItems) << deletes << inserts
+                                << moves << valid;
+        };
+        row("one move across the list, the rest untouched", "A B C D", "B C D A", {}, {}, {{0, 3}},
+            true);
+        row("delete, insert and move at once", "A B C D E", "E X B D", {0, 2}, {1}, {{4, 0}}, true);
+        row("move onto the position of a deleted item", "A B C", "C B", {0}, {}, {{2, 0}}, true);
+        row("count that does not add up", "A B C", "A B", {}, {}, {}, false);
+        row("deleted item also moved", "A B C", "B A", {0}, {}, {{0, 1}}, false);
+        row("two items moved to one place", "A B C", "B C A", {}, {}, {{0, 2}, {1, 2}}, false);
     }
 
     void explicitBatches() {
@@ -346,18 +298,15 @@ private slots:
     void liveListKeepsCellsOfMovedItems_data() {
         QTest::addColumn<QString>("oldItems");
         QTest::addColumn<QString>("newItems");
-        QTest::newRow("rotation") << "A B C D"
-                                  << "D A B C";
-        QTest::newRow("swap ends") << "A B C D E"
-                                   << "E B C D A";
-        QTest::newRow("delete, insert and move") << "A B C D E"
-                                                 << "X E B Y D";
-        QTest::newRow("from empty") << ""
-                                    << "A B C";
-        QTest::newRow("to empty") << "A B C"
-                                  << "";
-        QTest::newRow("C++ and QML cells mixed") << "A b C d"
-                                                 << "b A d x C";
+        for (const auto& [name, oldItems, newItems] :
+             {std::tuple("rotation", "A B C D", "D A B C"),
+              {"swap ends", "A B C D E", "E B C D A"},
+              {"delete, insert and move", "A B C D E", "X E B Y D"},
+              {"from empty", "", "A B C"},
+              {"to empty", "A B C", ""},
+              {"C++ and QML cells mixed", "A b C d", "b A d x C"}}) {
+            QTest::newRow(name) << QString(oldItems) << QString(newItems);
+        }
     }
 
     void liveListKeepsCellsOfMovedItems() {
