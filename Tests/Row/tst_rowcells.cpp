@@ -77,82 +77,70 @@ QList<LumoraRowViewCell*> allCells(CollectionView& strip) {
 
 }  // namespace
 
-class RowCellsTest : public QObject {
+class RowCellsTest : public RowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Fixture> m_env;
-    QList<int> m_presented;
-
 private slots:
-    void initTestCase() {
-        m_env = std::make_unique<Fixture>();
-        QTRY_VERIFY_WITH_TIMEOUT(m_env->isReady(), 20000);
-        LumoraRowViewCell::channelPresenter = [this](int index, LumoraRowView*, auto) {
-            m_presented.append(index);
-        };
-    }
-    void init() {
-        DatabaseService::sharedInstance().setAllChannelsData({});
-        m_env->server().clearFaults();
-        m_presented.clear();
-    }
-    void cleanupTestCase() { m_env.reset(); }
-
-    void ringsFollowReadStateAndBranding_data() {
+    // One channel's cell on white: its ring follows the read state and the branding (none
+    // without a secondary colour), and a picture that cannot be shown leaves the placeholder's
+    // grey in its place, ring or not.
+    void cellLook_data() {
         QTest::addColumn<QString>("cellType");
         QTest::addColumn<QString>("status");
         QTest::addColumn<QString>("secondary");
+        QTest::addColumn<QString>("pictureUrl");  // on the server unless absolute or empty
         QTest::addColumn<QString>("ring");
-        QTest::newRow("round, read: grey") << "round"
-                                           << "read"
-                                           << "#e21219"
-                                           << "grey";
-        QTest::newRow("round, unread: branding gradient") << "round"
-                                                          << "unread"
-                                                          << "#e21219"
-                                                          << "branding";
-        QTest::newRow("round, no status counts as unread") << "round"
-                                                           << ""
-                                                           << "#e21219"
-                                                           << "branding";
-        QTest::newRow("round, unread without a secondary colour: no ring") << "round"
-                                                                           << "unread"
-                                                                           << ""
-                                                                           << "none";
-        QTest::newRow("round, read without a secondary colour: grey") << "round"
-                                                                      << "read"
-                                                                      << ""
-                                                                      << "grey";
-        QTest::newRow("square icon, read: grey") << "square"
-                                                 << "read"
-                                                 << "#e21219"
-                                                 << "grey";
-        QTest::newRow("square icon, unread: branding gradient") << "square"
-                                                                << "unread"
-                                                                << "#e21219"
-                                                                << "branding";
+        QTest::addColumn<bool>("shown");
+        const auto row = [](const char* name, const char* cellType, const char* status,
+                            const char* secondary, const char* pictureUrl, const char* ring,
+                            bool shown) {
+            QTest::newRow(name) << QString(cellType) << QString(status) << QString(secondary)
+                                << QString(pictureUrl) << QString(ring) << shown;
+        };
+        const char* hi = "media/avatars/hi.png";
+        row("round, read: grey", "round", "read", "#e21219", hi, "grey", true);
+        row("round, unread: branding gradient", "round", "unread", "#e21219", hi, "branding", true);
+        row("round, no status counts as unread", "round", "", "#e21219", hi, "branding", true);
+        row("round, unread without a secondary colour: no ring", "round", "unread", "", hi, "none",
+            true);
+        row("round, read without a secondary colour: grey", "round", "read", "", hi, "grey", true);
+        row("square icon, read: grey", "square", "read", "#e21219", hi, "grey", true);
+        row("square icon, unread: branding gradient", "square", "unread", "#e21219", hi, "branding",
+            true);
+        row("missing picture (404)", "round", "unread", "#e21219", "media/avatars/nobody.png",
+            "branding", false);
+        row("an HTML page for a picture", "round", "read", "#e21219", "pages/welcome.html", "grey",
+            false);
+        row("invalid picture address", "round", "unread", "", "http://[::1", "none", false);
+        row("no picture address", "round", "unread", "#e21219", "", "branding", false);
     }
 
-    void ringsFollowReadStateAndBranding() {
+    void cellLook() {
         QFETCH(QString, cellType);
         QFETCH(QString, status);
         QFETCH(QString, secondary);
+        QFETCH(QString, pictureUrl);
         QFETCH(QString, ring);
+        QFETCH(bool, shown);
         const QColor primary(QStringLiteral("#1e90ff"));
         Branding branding{primary.name(), std::nullopt};
         if (!secondary.isEmpty()) {
             branding.secondaryColor = secondary;
         }
-        auto scene = m_env->loadedScene(
-            {channelJson("one", "One", status, m_env->mediaUrl(QStringLiteral("avatars/hi.png")))},
-            QStringLiteral("cellType: '%1'").arg(cellType), QSize(390, 160), Qt::white,
-            [&](LumoraRowView* row) { row->setBranding(branding); });
+        const QString address = pictureUrl.isEmpty() || pictureUrl.startsWith(QLatin1String("http"))
+                                    ? pictureUrl
+                                    : m_env->server().baseUrl() + QLatin1Char('/') + pictureUrl;
+        auto scene =
+            m_env->loadedScene({channelJson("one", "One", status, address)},
+                               QStringLiteral("cellType: '%1'").arg(cellType), QSize(390, 160),
+                               Qt::white, [&](LumoraRowView* row) { row->setBranding(branding); });
         QVERIFY(scene);
         LumoraRowViewCell* cell = scene->visibleCells().value(0);
         QVERIFY(cell);
+        QCOMPARE(scene->visibleTitles(), QStringList{"One"});
         FrameButtonView* frame = cell->borderTargetView();
         const QImage image = scene->window.grabWindow();
-        saveArtifact(image, QStringLiteral("row-ring-") + QTest::currentDataTag());
+        saveArtifact(image, QStringLiteral("row-cell-") + QTest::currentDataTag());
         const QColor grey = LumoraRowViewCell::colorInactive;
         for (const bool top : {true, false}) {
             const QColor nearPrimary = nearestAtEdge(image, frame, top, primary);
@@ -177,20 +165,27 @@ private slots:
         }
         QCOMPARE(cell->activeGradientBorderLayer() != nullptr, ring == QLatin1String("branding"));
         QCOMPARE(cell->inactiveGradientBorderLayer()->isVisible(), ring == QLatin1String("grey"));
+        // The channel's picture: the round cell's own, the square's icon over its card. Without
+        // one, the placeholder's soft grey shows midway down its gradient.
+        auto* square = qobject_cast<LumoraRowViewCellSquare*>(cell);
+        FrameButtonView* picture = square ? square->iconImageButton() : cell->imageButton();
+        QCOMPARE(picture->hasImage(), shown);
+        const QColor centre =
+            pixelAt(image, picture, QPointF(picture->width() / 2, picture->height() / 2));
+        QCOMPARE(near(centre, QColor(0xd8, 0xd8, 0xd8), 12), !shown);
     }
 
     void tapPopsAndPresentsTheChannel_data() {
         QTest::addColumn<QString>("cellType");
         QTest::addColumn<QString>("target");
         QTest::addColumn<qreal>("popScale");
-        QTest::newRow("round picture") << "round"
-                                       << "imageButton" << 1.1;
-        QTest::newRow("round title") << "round"
-                                     << "label" << 1.1;
-        QTest::newRow("square card") << "square"
-                                     << "imageButton" << 1.05;
-        QTest::newRow("square title, over the card") << "square"
-                                                     << "label" << 1.05;
+        for (const auto& [name, cellType, target, popScale] :
+             {std::tuple("round picture", "round", "imageButton", 1.1),
+              {"round title", "round", "label", 1.1},
+              {"square card", "square", "imageButton", 1.05},
+              {"square title, over the card", "square", "label", 1.05}}) {
+            QTest::newRow(name) << QString(cellType) << QString(target) << popScale;
+        }
     }
 
     void tapPopsAndPresentsTheChannel() {
@@ -234,53 +229,24 @@ private slots:
             QStringLiteral("LumoraSDK.LumoraRowViewCellRound - openChannelsHost invalid index ")));
     }
 
-    void badPicturesKeepThePlaceholderLook_data() {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<bool>("shown");
-        QTest::newRow("picture that loads") << "media/avatars/welcome.png" << true;
-        QTest::newRow("missing file (404)") << "media/avatars/nobody.png" << false;
-        QTest::newRow("an HTML page") << "pages/welcome.html" << false;
-        QTest::newRow("invalid address") << "http://[::1" << false;
-        QTest::newRow("no address") << "" << false;
-    }
-
-    void badPicturesKeepThePlaceholderLook() {
-        QFETCH(QString, url);
-        QFETCH(bool, shown);
-        const QString address = url.isEmpty() || url.startsWith(QLatin1String("http"))
-                                    ? url
-                                    : m_env->server().baseUrl() + QLatin1Char('/') + url;
-        auto scene = m_env->loadedScene({channelJson("one", "One", "unread", address)}, QString(),
-                                        QSize(390, 120));
-        QVERIFY(scene);
-        LumoraRowViewCell* cell = scene->visibleCells().value(0);
-        QVERIFY(cell);
-        FrameButtonView* picture = cell->imageButton();
-        QCOMPARE(picture->hasImage(), shown);
-        const QColor centre = pixelAt(scene->window.grabWindow(), picture,
-                                      QPointF(picture->width() / 2, picture->height() / 2));
-        // The placeholder's soft grey, midway down its gradient.
-        QCOMPARE(near(centre, QColor(0xd8, 0xd8, 0xd8), 12), !shown);
-        QCOMPARE(scene->visibleTitles(), QStringList{"One"});
-    }
-
     void titlesLayOutWithinTheCell_data() {
         QTest::addColumn<QString>("cellType");
         QTest::addColumn<QString>("title");
         QTest::addColumn<bool>("secondLineAdded");
         const QString words = QStringLiteral("stories ").repeated(62).left(500);
-        QTest::newRow("round, one short word") << "round"
-                                               << "Hi" << true;
+        const auto row = [](const char* name, const char* cellType, const QString& title,
+                            bool secondLineAdded) {
+            QTest::newRow(name) << QString(cellType) << title << secondLineAdded;
+        };
+        row("round, one short word", "round", "Hi", true);
         // Broken inside the word, by the label and by the count alike: two lines, nothing added.
-        QTest::newRow("round, 500 characters without a space")
-            << "round" << QString(500, QLatin1Char('w')) << false;
-        QTest::newRow("round, 500 characters in words") << "round" << words << false;
-        QTest::newRow("round, right to left")
-            << "round" << QStringLiteral("חדשות הערב והבוקר של היום") << false;
-        QTest::newRow("round, emoji") << "round" << QStringLiteral("🎉🔥") << true;
-        QTest::newRow("square, 500 characters in words") << "square" << words << false;
-        QTest::newRow("square, right to left")
-            << "square" << QStringLiteral("قناة الأخبار العاجلة اليوم") << false;
+        row("round, 500 characters without a space", "round", QString(500, QLatin1Char('w')),
+            false);
+        row("round, 500 characters in words", "round", words, false);
+        row("round, right to left", "round", QStringLiteral("חדשות הערב והבוקר של היום"), false);
+        row("round, emoji", "round", QStringLiteral("🎉🔥"), true);
+        row("square, 500 characters in words", "square", words, false);
+        row("square, right to left", "square", QStringLiteral("قناة الأخبار العاجلة اليوم"), false);
     }
 
     void titlesLayOutWithinTheCell() {
@@ -350,18 +316,15 @@ private slots:
         QTest::addColumn<QString>("style");
         QTest::addColumn<int>("height");
         QTest::addColumn<bool>("loads");
-        QTest::newRow("round light") << "round"
-                                     << "light" << 120 << true;
-        QTest::newRow("round dark") << "round"
-                                    << "dark" << 120 << true;
-        QTest::newRow("square light") << "square"
-                                      << "light" << 230 << true;
-        QTest::newRow("square dark") << "square"
-                                     << "dark" << 230 << true;
-        QTest::newRow("round light placeholders") << "round"
-                                                  << "light" << 120 << false;
-        QTest::newRow("square dark placeholders") << "square"
-                                                  << "dark" << 230 << false;
+        for (const auto& [name, cellType, style, height, loads] :
+             {std::tuple("round light", "round", "light", 120, true),
+              {"round dark", "round", "dark", 120, true},
+              {"square light", "square", "light", 230, true},
+              {"square dark", "square", "dark", 230, true},
+              {"round light placeholders", "round", "light", 120, false},
+              {"square dark placeholders", "square", "dark", 230, false}}) {
+            QTest::newRow(name) << QString(cellType) << QString(style) << height << loads;
+        }
     }
 
     void screenshots() {

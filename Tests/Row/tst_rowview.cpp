@@ -27,12 +27,8 @@ public:
 
 }  // namespace
 
-class RowViewTest : public QObject {
+class RowViewTest : public RowTestCase {
     Q_OBJECT
-
-    std::unique_ptr<Fixture> m_env;
-    QList<int> m_presented;
-    qsizetype m_requestsBefore = 0;
 
     std::unique_ptr<Scene> loaded(const QJsonArray& channels, const QString& properties = {}) {
         return m_env->loadedScene(channels, properties, QSize(390, 120));
@@ -48,21 +44,6 @@ class RowViewTest : public QObject {
     }
 
 private slots:
-    void initTestCase() {
-        m_env = std::make_unique<Fixture>();
-        QTRY_VERIFY_WITH_TIMEOUT(m_env->isReady(), 20000);
-        LumoraRowViewCell::channelPresenter = [this](int index, LumoraRowView*, auto) {
-            m_presented.append(index);
-        };
-    }
-    void init() {
-        DatabaseService::sharedInstance().setAllChannelsData({});
-        DatabaseService::sharedInstance().setChannelIsReadMapping({});
-        m_env->server().clearFaults();
-        m_requestsBefore = m_env->server().requests().size();
-        m_presented.clear();
-    }
-    void cleanupTestCase() { m_env.reset(); }
 
     void freshRowShowsPlaceholdersThenTheServersChannels() {
         LumoraTest::LogCapture log;
