@@ -1,5 +1,5 @@
 // lumora-devserver's own behaviour, beyond what the SDK's network tests exercise: key and token
-// rules, per-user read state, byte ranges, fault injection, the request journal and TLS.
+// rules, per-user read state, byte ranges, fault injection and the request journal.
 
 #include "DevServer.h"
 
@@ -9,7 +9,6 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QSignalSpy>
-#include <QSslConfiguration>
 #include <QStringDecoder>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -79,17 +78,13 @@ private:
     QString contentDir() const { return m_root.filePath("content"); }
 
     Answer send(const QByteArray& verb, const QString& url, const QByteArray& body = {},
-                const QList<QPair<QByteArray, QByteArray>>& headers = {},
-                const std::optional<QSslConfiguration>& ssl = std::nullopt) {
+                const QList<QPair<QByteArray, QByteArray>>& headers = {}) {
         QNetworkRequest request{QUrl(url)};
         if (!body.isEmpty()) {
             request.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
         }
         for (const auto& [name, value] : headers) {
             request.setRawHeader(name, value);
-        }
-        if (ssl) {
-            request.setSslConfiguration(*ssl);
         }
         std::unique_ptr<QNetworkReply> reply(m_network.sendCustomRequest(request, verb, body));
         QSignalSpy finished(reply.get(), &QNetworkReply::finished);
@@ -183,39 +178,26 @@ private Q_SLOTS:
         QTest::addColumn<QString>("body");
         QTest::addColumn<int>("status");
 
-        const QString key = "test-api-key";
-        QTest::newRow("auth without key") << "/api/auth"
-                                          << ""
-                                          << ""
-                                          << "{}" << 401;
-        QTest::newRow("auth with wrong key") << "/api/auth"
-                                             << "lumora-demo-key"
-                                             << ""
-                                             << "{}" << 401;
-        QTest::newRow("auth with empty body") << "/api/auth" << key << ""
-                                              << "" << 400;
-        QTest::newRow("auth with a JSON array") << "/api/auth" << key << ""
-                                                << "[]" << 400;
-        QTest::newRow("auth with numeric externalId") << "/api/auth" << key << ""
-                                                      << R"({"externalId": 7})" << 400;
-        QTest::newRow("anonymous auth") << "/api/auth" << key << ""
-                                        << "{}" << 200;
-        QTest::newRow("channels without token") << kChannels << key << ""
-                                                << "" << 401;
-        QTest::newRow("channels with unknown token") << kChannels << key << "nope"
-                                                     << "" << 401;
-        QTest::newRow("channels with token but no key") << kChannels << ""
-                                                        << "valid"
-                                                        << "" << 401;
-        QTest::newRow("channels with key and token") << kChannels << key << "valid"
-                                                     << "" << 200;
-        QTest::newRow("update without externalId")
-            << "/api/app/user/updateExternalId" << key << "valid"
-            << "{}" << 400;
-        QTest::newRow("viewing history not an object") << kViewingHistory << key << "valid"
-                                                       << "\"a2\"" << 400;
-        QTest::newRow("unknown API route") << "/api/app/nothing" << key << "valid"
-                                           << "{}" << 404;
+        const auto row = [](const char* name, const QString& path, const char* key,
+                            const char* token, const char* body, int status) {
+            QTest::newRow(name) << path << QString(key) << QString(token) << QString(body)
+                                << status;
+        };
+        const char* key = "test-api-key";
+        const QString auth = "/api/auth";
+        row("auth without key", auth, "", "", "{}", 401);
+        row("auth with wrong key", auth, "lumora-demo-key", "", "{}", 401);
+        row("auth with empty body", auth, key, "", "", 400);
+        row("auth with a JSON array", auth, key, "", "[]", 400);
+        row("auth with numeric externalId", auth, key, "", R"({"externalId": 7})", 400);
+        row("anonymous auth", auth, key, "", "{}", 200);
+        row("channels without token", kChannels, key, "", "", 401);
+        row("channels with unknown token", kChannels, key, "nope", "", 401);
+        row("channels with token but no key", kChannels, "", "valid", "", 401);
+        row("channels with key and token", kChannels, key, "valid", "", 200);
+        row("update without externalId", "/api/app/user/updateExternalId", key, "valid", "{}", 400);
+        row("viewing history not an object", kViewingHistory, key, "valid", "\"a2\"", 400);
+        row("unknown API route", "/api/app/nothing", key, "valid", "{}", 404);
     }
 
     void keyAndTokenRules() {
@@ -541,28 +523,6 @@ private Q_SLOTS:
                     .startsWith("HTTP/1.1 414"));
         QCOMPARE(api("POST", "/api/auth").status, 200);
         QVERIFY(m_server->isRunning());
-    }
-
-    void tlsNeedsTheCa() {
-        DevServer::Options options;
-        options.tls = true;
-        options.contentDir = contentDir();
-        DevServer server(options);
-        QVERIFY(server.baseUrl().startsWith("https://127.0.0.1:"));
-
-        const QList<QPair<QByteArray, QByteArray>> key{{"x-lumora-api-key", "test-api-key"}};
-        const Answer untrusted = send("POST", server.baseUrl() + "/api/auth", "{}", key,
-                                      QSslConfiguration::defaultConfiguration());
-        QCOMPARE(untrusted.error, QNetworkReply::SslHandshakeFailedError);
-        m_network.clearConnectionCache();
-
-        QSslConfiguration trusting = QSslConfiguration::defaultConfiguration();
-        QVERIFY(trusting.addCaCertificates(server.caCertificatePath()));
-        const Answer trusted = send("POST", server.baseUrl() + "/api/auth", "{}", key, trusting);
-        QCOMPARE(trusted.status, 200);
-        QString viaLocalhost = server.baseUrl();
-        viaLocalhost.replace("127.0.0.1", "localhost");
-        QCOMPARE(send("POST", viaLocalhost + "/api/auth", "{}", key, trusting).status, 200);
     }
 
     void refusesBadCommandLines_data() {

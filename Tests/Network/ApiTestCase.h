@@ -18,24 +18,38 @@
 
 namespace LumoraTest {
 
-/// Points the SDK at a fresh lumora-devserver: the host's properties select Production, an
-/// on-disk SDK bundle beside the test carries the server's address as its ApiBaseUrl.
-inline void pointSdkAt(const QString& baseUrl, QTemporaryDir& dir) {
-    using namespace LumoraSDK;
-    const QString main = dir.filePath(QStringLiteral("app"));
-    const QString bundle =
-        main + QStringLiteral("/Frameworks/LumoraSDK.framework/LumoraSDK.bundle");
-    QDir().mkpath(bundle);
-    QFile info(main + QStringLiteral("/Info.json"));
-    info.open(QIODevice::WriteOnly);
-    info.write("{}");
-    info.close();
-    QFile framework(bundle + QStringLiteral("/Info-iOS.json"));
-    framework.open(QIODevice::WriteOnly);
-    framework.write(QJsonDocument(QJsonObject{{QStringLiteral("ApiBaseUrl"), baseUrl}}).toJson());
-    framework.close();
-    Bundle::setMainResourcePath(main);
-}
+/// A fresh lumora-devserver with the SDK pointed at it and given its key, the SDK's store in a
+/// temporary directory: the host's properties select Production, an on-disk SDK bundle beside
+/// the test carries the server's address as its ApiBaseUrl.
+class SdkOnDevServer {
+public:
+    SdkOnDevServer() {
+        using namespace LumoraSDK;
+        qputenv("LUMORA_SDK_LOG_LEVEL", "1");  // before the logger's first use
+        UserDefaults::setStandardLocation(m_dir.filePath(QStringLiteral("defaults.json")));
+        const QString main = m_dir.filePath(QStringLiteral("app"));
+        const QString bundle =
+            main + QStringLiteral("/Frameworks/LumoraSDK.framework/LumoraSDK.bundle");
+        QDir().mkpath(bundle);
+        QFile info(main + QStringLiteral("/Info.json"));
+        info.open(QIODevice::WriteOnly);
+        info.write("{}");
+        info.close();
+        QFile framework(bundle + QStringLiteral("/Info-iOS.json"));
+        framework.open(QIODevice::WriteOnly);
+        framework.write(
+            QJsonDocument(QJsonObject{{QStringLiteral("ApiBaseUrl"), m_server.baseUrl()}})
+                .toJson());
+        framework.close();
+        Bundle::setMainResourcePath(main);
+        Lumora::sharedInstance().initialize(m_server.apiKey(), [] {});
+    }
+    DevServer& server() { return m_server; }
+
+private:
+    QTemporaryDir m_dir;
+    DevServer m_server;
+};
 
 /// Collects the outcome of one asynchronous call; the test waits for it with QTRY_*.
 template <typename T>

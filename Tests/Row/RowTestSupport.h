@@ -71,10 +71,6 @@ public:
 
     /// Registers a user with the server; wait for isReady() before loading channels.
     Fixture() {
-        qputenv("LUMORA_SDK_LOG_LEVEL", "1");
-        UserDefaults::setStandardLocation(m_dir.filePath(QStringLiteral("defaults.json")));
-        LumoraTest::pointSdkAt(m_server.baseUrl(), m_dir);
-        Lumora::sharedInstance().initialize(m_server.apiKey(), [] {});
         Lumora::sharedInstance().setUserDetails(
             UserInput{QStringLiteral("row-viewer")}, [this] { m_registered.set(true); },
             [this](const RequestError&) { m_registered.set(false); });
@@ -235,8 +231,8 @@ public:
     LumoraTest::ManualAnimationDriver animations;
 
 private:
-    QTemporaryDir m_dir;
-    LumoraTest::DevServer m_server;
+    LumoraTest::SdkOnDevServer m_sdk;
+    LumoraTest::DevServer& m_server = m_sdk.server();
     LumoraTest::Outcome<bool> m_registered;
     bool m_animationsInstalled = false;
 };
