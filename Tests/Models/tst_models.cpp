@@ -138,12 +138,20 @@ private slots:
             << "authorization" << QJsonObject{{"access_token", "t"}, {"expires_in", 60}};
         QTest::newRow("access_token only") << "authorization" << QJsonObject{{"access_token", "t"}};
         QTest::newRow("userInput") << "userInput" << QJsonObject{{"externalId", "u-1"}};
-        QTest::newRow("default branding") << "branding" << Branding::defaultColors.serialize();
+        QTest::newRow("branding") << "branding"
+                                  << QJsonObject{{"primaryColor", "#1e90ff"},
+                                                 {"secondaryColor", "#e21219"}};
     }
     void roundTrip() {
         QFETCH(QString, entity);
         QFETCH(QJsonObject, json);
         QCOMPARE(reserialized(entity, json), json);
+    }
+
+    // Until a branding arrives the SDK draws in golden yellow and red.
+    void defaultBrandingColours() {
+        QCOMPARE(Branding::defaultColors.primaryColor, std::optional<QString>("#F5C92C"));
+        QCOMPARE(Branding::defaultColors.secondaryColor, std::optional<QString>("#E21219"));
     }
 
     void emptyObjects_data() {
