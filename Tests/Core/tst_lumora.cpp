@@ -80,23 +80,38 @@ private slots:
         Bundle::setMainResourcePath(m_main);
     }
 
-    void environmentFromTheHostProperties_data() {
+    // The environment comes from the host's properties, Production unless they name Dev or
+    // Staging exactly; outside Production the API's host gets the environment as a prefix. An
+    // on-disk SDK bundle beside the application overrides the compiled-in address.
+    void environmentAndBaseUrl_data() {
         QTest::addColumn<QJsonValue>("value");
+        QTest::addColumn<QString>("configured");
         QTest::addColumn<QString>("environment");
         QTest::addColumn<bool>("foundLine");
-        QTest::newRow("Dev") << QJsonValue(QStringLiteral("Dev")) << "Dev" << true;
-        QTest::newRow("Staging") << QJsonValue(QStringLiteral("Staging")) << "Staging" << true;
-        QTest::newRow("Production")
-            << QJsonValue(QStringLiteral("Production")) << "Production" << true;
-        QTest::newRow("lower-case staging")
-            << QJsonValue(QStringLiteral("staging")) << "Production" << false;
-        QTest::newRow("unknown word") << QJsonValue(QStringLiteral("QA")) << "Production" << false;
-        QTest::newRow("not a string") << QJsonValue(1) << "Production" << false;
-        QTest::newRow("absent") << QJsonValue(QJsonValue::Undefined) << "Production" << false;
+        QTest::addColumn<QString>("baseUrl");
+        const auto row = [](const char* name, const QJsonValue& value, const char* configured,
+                            const char* environment, bool foundLine, const char* baseUrl) {
+            QTest::newRow(name) << value << QString(configured) << QString(environment) << foundLine
+                                << QString(baseUrl);
+        };
+        const char* api = "https://api.example.test/";
+        row("Dev", "Dev", api, "Dev", true, "https://dev.api.example.test/");
+        row("Staging", "Staging", api, "Staging", true, "https://staging.api.example.test/");
+        row("Production", "Production", api, "Production", true, api);
+        row("lower-case staging", "staging", api, "Production", false, api);
+        row("unknown word", "QA", api, "Production", false, api);
+        row("not a string", 1, api, "Production", false, api);
+        row("absent", QJsonValue::Undefined, api, "Production", false, api);
+        row("path and query kept", "Dev", "https://api.example.test/v2?x=1", "Dev", true,
+            "https://dev.api.example.test/v2?x=1");
+        row("port kept", "Production", "http://127.0.0.1:8787", "Production", true,
+            "http://127.0.0.1:8787");
+        row("malformed address", "Production", "http://exa mple.test", "Production", true, "");
     }
 
-    void environmentFromTheHostProperties() {
+    void environmentAndBaseUrl() {
         QFETCH(QJsonValue, value);
+        QFETCH(QString, configured);
         QFETCH(QString, environment);
         QFETCH(bool, foundLine);
         QJsonObject info;
@@ -104,54 +119,21 @@ private slots:
             info.insert(QStringLiteral("LumoraEnvironment"), value);
         }
         writeJson(m_main + QStringLiteral("/Info.json"), info);
+        writeJson(m_main + QStringLiteral("/Frameworks/LumoraSDK.framework/LumoraSDK.bundle/"
+                                          "Info-iOS.json"),
+                  {{QStringLiteral("ApiBaseUrl"), configured}});
         qputenv("LUMORA_SDK_LOG_LEVEL", "1");
         LumoraTest::LogCapture log;
         Lumora::sharedInstance().initialize(QStringLiteral("key"), [] {});
-        QCOMPARE(Lumora::currentEnvironment().has_value(), true);
-        QCOMPARE(rawValue(*Lumora::currentEnvironment()), environment);
+        QCOMPARE(rawValue(Lumora::currentEnvironment().value()), environment);
         QCOMPARE(store().string(DatabaseService::Key::environment),
                  std::optional<QString>(environment));
         QCOMPARE(log.contains(
                      QStringLiteral("LumoraSDK.Lumora - found environment in plist, setting to ") +
                      environment),
                  foundLine);
-        writeJson(m_main + QStringLiteral("/Info.json"), {});
-    }
-
-    void baseUrlPrefixesTheHostOutsideProduction_data() {
-        QTest::addColumn<QString>("configured");
-        QTest::addColumn<QString>("environment");
-        QTest::addColumn<QString>("expected");
-        const QString api = QStringLiteral("https://api.example.test/");
-        QTest::newRow("Dev") << api << "Dev"
-                             << "https://dev.api.example.test/";
-        QTest::newRow("Staging") << api << "Staging"
-                                 << "https://staging.api.example.test/";
-        QTest::newRow("Production") << api << "Production" << api;
-        QTest::newRow("path and query kept") << "https://api.example.test/v2?x=1"
-                                             << "Dev"
-                                             << "https://dev.api.example.test/v2?x=1";
-        QTest::newRow("port kept") << "http://127.0.0.1:8787"
-                                   << "Production"
-                                   << "http://127.0.0.1:8787";
-        QTest::newRow("malformed") << "http://exa mple.test"
-                                   << "Production" << QString();
-    }
-
-    void baseUrlPrefixesTheHostOutsideProduction() {
-        QFETCH(QString, configured);
-        QFETCH(QString, environment);
-        QFETCH(QString, expected);
-        // An on-disk SDK bundle beside the application overrides the compiled-in properties.
-        const QString onDisk =
-            m_main + QStringLiteral("/Frameworks/LumoraSDK.framework/LumoraSDK.bundle");
-        writeJson(onDisk + QStringLiteral("/Info-iOS.json"),
-                  {{QStringLiteral("ApiBaseUrl"), configured}});
-        writeJson(m_main + QStringLiteral("/Info.json"),
-                  {{QStringLiteral("LumoraEnvironment"), environment}});
-        Lumora::sharedInstance().initialize(QStringLiteral("key"), [] {});
         const auto url = Lumora::sharedInstance().baseApiUrl();
-        QCOMPARE(url ? url->toString() : QString(), expected);
+        QTEST(url ? url->toString() : QString(), "baseUrl");
         QDir(m_main + QStringLiteral("/Frameworks")).removeRecursively();
         writeJson(m_main + QStringLiteral("/Info.json"), {});
     }
