@@ -216,41 +216,21 @@ private slots:
     }
     void shownOncePerInstallation() {
         QFETCH(QString, style);
-        RowTest::Fixture& env = *m_env;
+        PlayerTest::HostHarness h(*m_env);
+        h.reset();
         UserDefaults& defaults = DatabaseService::sharedInstance().userDefaults();
         defaults.setValue(DatabaseService::Key::hasShownInstructions, false);
-        DatabaseService::sharedInstance().setChannelInitialPageMapping({});
-        DatabaseService::sharedInstance().setChannelIsReadMapping({});
-        ChannelsHostViewController::installAsChannelPresenter();
         InstructionsViewController::installAsInstructionsPresenter();
         const QJsonArray channels{
-            PlayerTest::imageChannelJson(env, "intro", "unread", 2, 1, "welcome/page-1.jpg")};
-        auto scene = env.loadedScene(channels, "uiStyle: \"" + style + "\"", QSize(375, 120));
-        QVERIFY(scene);
-        scene->window.resize(375, 812);
-        QTRY_COMPARE(scene->window.contentItem()->height(), 812.0);
-        const auto open = [&] {
-            QTest::mouseClick(&scene->window, Qt::LeftButton, {},
-                              scene->visibleCells().at(0)->contentCenterInWindow().toPoint());
-            env.settle(scene->row.get(), 0.1);
-            return qobject_cast<ChannelsHostViewController*>(presentedOn(scene->window).value(0));
-        };
-        const auto pageTimerRuns = [](ChannelsHostViewController* host) {
-            ChannelViewController* player = host->currentChannelViewController();
-            return player && player->progressCollectionViewDataSource->progressTimer &&
-                   player->progressCollectionViewDataSource->progressTimer->isValid();
-        };
-        const auto closePlayer = [&](QPointer<ChannelsHostViewController>& host) {
-            host->dismissToCellCenter();
-            env.settle(scene->row.get(), 0.2);
-            return env.settleUntil(scene->row.get(), [&] { return !host; });
-        };
-
-        QPointer<ChannelsHostViewController> host = open();
-        QVERIFY(host);
+            PlayerTest::imageChannelJson(*m_env, "intro", "unread", 2, 1, "welcome/page-1.jpg")};
+        const QString properties = "uiStyle: \"" + style + "\"";
+        QVERIFY(h.openFromRow(channels, 0, {}, properties));
+        h.advance(0.3);
+        QQuickWindow& window = h.scene()->window;
+        ChannelsHostViewController* host = h.host();
         QCOMPARE(defaults.boolValue(DatabaseService::Key::hasShownInstructions), true);
-        QCOMPARE(presentedOn(scene->window).size(), 2);
-        auto* overlay = qobject_cast<InstructionsViewController*>(presentedOn(scene->window).at(1));
+        QCOMPARE(presentedOn(window).size(), 2);
+        auto* overlay = qobject_cast<InstructionsViewController*>(presentedOn(window).at(1));
         QVERIFY(overlay);
         QVERIFY(host->isPresentingInstructions);
         QCOMPARE(overlay->backgroundBlurView()->property("effectStyle").toInt(),
@@ -258,31 +238,30 @@ private slots:
 
         // The first page's picture arrives, yet the page stays put under the overlay for longer
         // than it lasts.
-        QVERIFY(env.settleUntil(scene->row.get(), [&] {
-            ChannelViewController* player = host->currentChannelViewController();
-            auto* cell = player ? player->getVisibleMediaCell(0) : nullptr;
+        QVERIFY(h.waitFor([&] {
+            auto* cell = h.player() ? h.player()->getVisibleMediaCell(0) : nullptr;
             return cell && cell->mediaReady();
         }));
-        QTest::keyClick(&scene->window, Qt::Key_Right);  // the overlay keeps the player's keys
-        env.settle(scene->row.get(), 1.0);
-        QCOMPARE(host->currentChannelViewController()->currentIndex(), 0);
-        QVERIFY(!pageTimerRuns(host));
-        QVERIFY(LumoraTest::saveArtifact(scene->window.grabWindow(), "instructions-" + style));
+        QTest::keyClick(&window, Qt::Key_Right);  // the overlay keeps the player's keys
+        h.advance(1.0);
+        QCOMPARE(h.player()->currentIndex(), 0);
+        QVERIFY(!h.pageTimerRuns());
+        QVERIFY(LumoraTest::saveArtifact(window.grabWindow(), "instructions-" + style));
 
-        QTest::mouseClick(&scene->window, Qt::LeftButton, {}, centerOf(overlay->startButton()));
-        env.settle(scene->row.get(), 0.1);
-        QCOMPARE(presentedOn(scene->window).size(), 1);
+        QTest::mouseClick(&window, Qt::LeftButton, {}, centerOf(overlay->startButton()));
+        h.advance(PresentationStack::kPresentationDuration + 0.1);
+        QCOMPARE(presentedOn(window).size(), 1);
         QVERIFY(!host->isPresentingInstructions);
         QVERIFY(host->view()->hasActiveFocus());  // the player's keys work again
         // Closing it plays the held page.
-        QVERIFY(env.settleUntil(scene->row.get(), [&] { return pageTimerRuns(host); }));
-        QVERIFY(closePlayer(host));
+        QVERIFY(h.waitForPageTimer(0, 0));
+        h.closeHost();
 
-        host = open();
-        QVERIFY(host);
-        QCOMPARE(presentedOn(scene->window).size(), 1);
-        QVERIFY(env.settleUntil(scene->row.get(), [&] { return pageTimerRuns(host); }));
-        QVERIFY(closePlayer(host));
+        QVERIFY(h.openFromRow(channels, 0, {}, properties));
+        h.advance(0.3);
+        QCOMPARE(presentedOn(h.scene()->window).size(), 1);
+        QVERIFY(h.waitFor([&] { return h.pageTimerRuns(); }));
+        h.tearDown();
     }
 };
 

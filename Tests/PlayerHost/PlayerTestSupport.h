@@ -83,12 +83,12 @@ public:
         m_env.server().clearFaults();
     }
 
-    /// A row over `channels` with the player opened by a click on cell `tap`, once the row has
-    /// loaded and `readyToTap` holds.
+    /// A row over `channels`, with `properties` set in QML, and the player opened by a click on
+    /// cell `tap` once the row has loaded and `readyToTap` holds.
     bool openFromRow(const QJsonArray& channels, int tap,
-                     const std::function<bool()>& readyToTap = {}) {
+                     const std::function<bool()>& readyToTap = {}, const QString& properties = {}) {
         // A row strip along the top of a phone-sized window.
-        m_scene = m_env.loadedScene(channels, QString(), QSize(360, 120));
+        m_scene = m_env.loadedScene(channels, properties, QSize(360, 120));
         if (!m_scene) {
             return false;
         }
@@ -112,7 +112,7 @@ public:
         const QList<PresentableViewController*> presented =
             PresentationStack::forWindow(&m_scene->window)->presentedViewControllers();
         m_host = presented.isEmpty() ? nullptr
-                                     : qobject_cast<ChannelsHostViewController*>(presented.last());
+                                     : qobject_cast<ChannelsHostViewController*>(presented.first());
         return m_host;
     }
 
@@ -134,14 +134,19 @@ public:
         return m_env.settleUntil(m_scene ? m_scene->row.get() : nullptr, condition);
     }
 
+    /// Whether the page on screen runs its timer.
+    bool pageTimerRuns() const {
+        ChannelViewController* p = player();
+        return p && p->progressCollectionViewDataSource &&
+               p->progressCollectionViewDataSource->progressTimer &&
+               p->progressCollectionViewDataSource->progressTimer->isValid();
+    }
+
     /// Waits (for the image download) until page `page` of channel `channel` runs its timer.
     bool waitForPageTimer(int channel, int page) {
         return waitFor([&] {
-            ChannelViewController* p = player();
-            return m_host && m_host->currentVisibleChannelIndex() == channel && p &&
-                   p->currentIndex() == page && p->progressCollectionViewDataSource &&
-                   p->progressCollectionViewDataSource->progressTimer &&
-                   p->progressCollectionViewDataSource->progressTimer->isValid();
+            return pageTimerRuns() && m_host->currentVisibleChannelIndex() == channel &&
+                   player()->currentIndex() == page;
         });
     }
 

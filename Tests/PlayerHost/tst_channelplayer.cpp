@@ -16,9 +16,10 @@ using namespace PlayerTest;
 namespace {
 const QString kNone = QStringLiteral("none");
 
-/// A page player for `channel` standing in a window, its view loaded and appearing.
+/// A page player for `channel` standing in a window, its view loaded and appearing, and
+/// appeared unless told otherwise.
 struct PlayerScene {
-    explicit PlayerScene(const Channel& channel) {
+    explicit PlayerScene(const Channel& channel, bool appeared = true) {
         window.resize(360, 640);
         player =
             PresentableViewController::instantiateFromStoryboard<ChannelViewController>(engine);
@@ -26,6 +27,11 @@ struct PlayerScene {
         player->view()->setParentItem(window.contentItem());
         player->view()->setSize(QSizeF(360, 640));
         window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        player->viewWillAppear(false);
+        if (appeared) {
+            player->viewDidAppear(false);
+        }
     }
     ~PlayerScene() { delete player; }
     QQmlEngine engine;
@@ -94,27 +100,22 @@ private slots:
         QTest::addColumn<int>("stored");      // -1: nothing stored
         QTest::addColumn<QString>("readFlag");
         QTest::addColumn<QString>("status");
-        QTest::addColumn<int>("opens");
-        QTest::addColumn<int>("storedAfter");
+        QTest::addColumn<int>("opens");  // and stores as the page to reopen at
         QTest::addColumn<QString>("readAfter");
-        QTest::newRow("server 2, stored 4: device is further")
-            << 2 << 4 << kNone << "unread" << 4 << 4 << kNone;
-        QTest::newRow("server 3, stored 1: server is further")
-            << 3 << 1 << kNone << "unread" << 3 << 3 << kNone;
-        QTest::newRow("nothing stored: server page kept")
-            << 2 << -1 << kNone << "unread" << 2 << 2 << kNone;
-        QTest::newRow("no initial page, nothing stored")
-            << -1 << -1 << kNone << "none" << 0 << 0 << kNone;
-        QTest::newRow("stored read flag resets to the start") << 3 << 4 << "true"
-                                                              << "unread" << 0 << 0 << "true";
-        QTest::newRow("flag false but server says read") << 2 << 1 << "false"
-                                                         << "read" << 0 << 0 << "true";
-        QTest::newRow("flag false, unread: no reset") << 2 << 1 << "false"
-                                                      << "unread" << 2 << 2 << "false";
-        QTest::newRow("flag false, no status: no reset") << 1 << 3 << "false"
-                                                         << "none" << 3 << 3 << "false";
-        QTest::newRow("no flag, server says read")
-            << 2 << -1 << kNone << "read" << 2 << 2 << "true";
+        const auto row = [](const char* name, int serverPage, int stored, const char* readFlag,
+                            const char* status, int opens, const char* readAfter) {
+            QTest::newRow(name) << serverPage << stored << QString(readFlag) << QString(status)
+                                << opens << QString(readAfter);
+        };
+        row("server 2, stored 4: device is further", 2, 4, "none", "unread", 4, "none");
+        row("server 3, stored 1: server is further", 3, 1, "none", "unread", 3, "none");
+        row("nothing stored: server page kept", 2, -1, "none", "unread", 2, "none");
+        row("no initial page, nothing stored", -1, -1, "none", "none", 0, "none");
+        row("stored read flag resets to the start", 3, 4, "true", "unread", 0, "true");
+        row("flag false but server says read", 2, 1, "false", "read", 0, "true");
+        row("flag false, unread: no reset", 2, 1, "false", "unread", 2, "false");
+        row("flag false, no status: no reset", 1, 3, "false", "none", 3, "false");
+        row("no flag, server says read", 2, -1, "none", "read", 2, "true");
     }
     void startPageAndReadState() {
         QFETCH(int, serverPage);
@@ -122,20 +123,16 @@ private slots:
         QFETCH(QString, readFlag);
         QFETCH(QString, status);
         QFETCH(int, opens);
-        QFETCH(int, storedAfter);
         QFETCH(QString, readAfter);
         const QString id = QStringLiteral("start-%1").arg(QTest::currentDataTag());
         store(id, stored, readFlag);
         PlayerScene scene(
             makeChannel(id, 6, serverPage < 0 ? std::nullopt : std::optional(serverPage), status));
-        QVERIFY(QTest::qWaitForWindowExposed(&scene.window));
-        scene.player->viewWillAppear(false);
-        scene.player->viewDidAppear(false);
         m_fixture->settle();
 
         QCOMPARE(scene.player->currentIndex(), opens);
         QCOMPARE(scene.player->currentPage()->id, QStringLiteral("%1-%2").arg(id).arg(opens + 1));
-        QCOMPARE(storedPage(id), storedAfter);
+        QCOMPARE(storedPage(id), opens);
         QCOMPARE(storedRead(id), readAfter);
         // Every page before the start shows as seen in the progress bar.
         QCOMPARE(scene.player->progressCollectionView()->numberOfItems(0), 6);
@@ -161,9 +158,8 @@ private slots:
         QFETCH(int, storedAfter);
         QFETCH(QString, readAfter);
         const QString id = QStringLiteral("view-%1").arg(QTest::currentDataTag());
-        PlayerScene scene(makeChannel(id, pageCount, std::nullopt, QStringLiteral("unread")));
-        QVERIFY(QTest::qWaitForWindowExposed(&scene.window));
-        scene.player->viewWillAppear(false);
+        PlayerScene scene(makeChannel(id, pageCount, std::nullopt, QStringLiteral("unread")),
+                          false);
         m_fixture->settle();
         scene.player->scrollMediaCollection(viewing, false);
         QCOMPARE(scene.player->currentIndex(), viewing);
@@ -182,9 +178,6 @@ private slots:
         // Without a host, the ends only record; the first page does not go anywhere.
         const QString id = QStringLiteral("ends");
         PlayerScene scene(makeChannel(id, 2, std::nullopt, QStringLiteral("unread")));
-        QVERIFY(QTest::qWaitForWindowExposed(&scene.window));
-        scene.player->viewWillAppear(false);
-        scene.player->viewDidAppear(false);
         m_fixture->settle();
         const int eventsBefore = int(m_fixture->server().events().size());
         scene.player->goToPreviousPage();
@@ -205,14 +198,11 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("showUi");
         QTest::addColumn<bool>("shown");
-        QTest::newRow("link, text and flag") << "https://127.0.0.1/x"
-                                             << "Learn more" << true << true;
-        QTest::newRow("flag without a link") << ""
-                                             << "Learn more" << true << false;
-        QTest::newRow("link without text") << "https://127.0.0.1/x"
-                                           << "" << true << false;
-        QTest::newRow("flag off") << "https://127.0.0.1/x"
-                                  << "Learn more" << false << false;
+        const QString link = "https://127.0.0.1/x";
+        QTest::newRow("link, text and flag") << link << "Learn more" << true << true;
+        QTest::newRow("flag without a link") << QString() << "Learn more" << true << false;
+        QTest::newRow("link without text") << link << QString() << true << false;
+        QTest::newRow("flag off") << link << "Learn more" << false << false;
     }
     void learnMorePillFollowsThePage() {
         QFETCH(QString, url);
@@ -225,9 +215,6 @@ private slots:
         channel.pages[0].showSwipeUpUI = showUi;
         channel.pages[0].url = m_fixture->mediaUrl(QStringLiteral("avatars/hi.png"));
         PlayerScene scene(channel);
-        QVERIFY(QTest::qWaitForWindowExposed(&scene.window));
-        scene.player->viewWillAppear(false);
-        scene.player->viewDidAppear(false);
         QVERIFY(m_fixture->settleUntil(nullptr, [&] {
             auto* cell = scene.player->getVisibleMediaCell(0);
             return cell && cell->mediaReady();
@@ -245,9 +232,8 @@ private slots:
     }
 
     void learnMoreAnimationWaitsAndCanBeCancelled() {
-        PlayerScene scene(makeChannel(QStringLiteral("pill-timing"), 1, std::nullopt, "unread"));
-        QVERIFY(QTest::qWaitForWindowExposed(&scene.window));
-        scene.player->viewWillAppear(false);
+        PlayerScene scene(makeChannel(QStringLiteral("pill-timing"), 1, std::nullopt, "unread"),
+                          false);
         m_fixture->clock.advance(0.02);
         QQuickItem* pill = scene.player->learnMoreContainerView();
         QCOMPARE(pill->isVisible(), false);

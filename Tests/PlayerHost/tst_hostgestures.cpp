@@ -32,11 +32,6 @@ QJsonObject channelJson(Fixture& env, const QString& id, bool secondSkippable = 
     channel.insert(QStringLiteral("pages"), pages);
     return channel;
 }
-
-bool timerRuns(ChannelViewController* player) {
-    return player && player->progressCollectionViewDataSource->progressTimer &&
-           player->progressCollectionViewDataSource->progressTimer->isValid();
-}
 }  // namespace
 
 class HostGesturesTest : public HostTestCase {
@@ -84,26 +79,25 @@ private slots:
         QTest::addColumn<int>("page");
         QTest::addColumn<QString>("logged");
         QTest::addColumn<bool>("resumed");
-        QTest::newRow("59 ticks: click")
-            << Target::Next << 59 << true << "" << 2 << "PASSED as click" << true;
-        QTest::newRow("60 ticks: hold")
-            << Target::Next << 60 << true << "" << 1 << "PASSED as hold release" << true;
-        QTest::newRow("previous click")
-            << Target::Previous << 1 << true << "" << 0 << "PASSED as click" << true;
-        QTest::newRow("unskippable: next blocked")
-            << Target::Next << 1 << false << "" << 1 << "BLOCKED (reason: page not skippable)"
-            << true;
-        QTest::newRow("unskippable: previous passes")
-            << Target::Previous << 1 << false << "" << 0 << "PASSED as click" << true;
-        QTest::newRow("pager moved: not resumed")
-            << Target::Next << 1 << true << "s" << 1
-            << "BLOCKED (reason: channel collection view scrolled)" << false;
-        QTest::newRow("panned") << Target::Next << 1 << true << "p" << 1
-                                << "BLOCKED (reason: panned vertically)" << true;
-        QTest::newRow("panned over moved pager") << Target::Previous << 1 << true << "sp" << 1
-                                                 << "BLOCKED (reason: panned vertically)" << false;
-        QTest::newRow("swiped up outranks both")
-            << Target::Next << 1 << true << "spu" << 1 << "BLOCKED (reason: swiped up)" << false;
+        const auto row = [](const char* name, Target target, int ticks, bool skippable,
+                            const char* flags, int page, const char* logged, bool resumed) {
+            QTest::newRow(name) << target << ticks << skippable << QString(flags) << page
+                                << QString(logged) << resumed;
+        };
+        const char* click = "PASSED as click";
+        row("59 ticks: click", Target::Next, 59, true, "", 2, click, true);
+        row("60 ticks: hold", Target::Next, 60, true, "", 1, "PASSED as hold release", true);
+        row("previous click", Target::Previous, 1, true, "", 0, click, true);
+        row("unskippable: next blocked", Target::Next, 1, false, "", 1,
+            "BLOCKED (reason: page not skippable)", true);
+        row("unskippable: previous passes", Target::Previous, 1, false, "", 0, click, true);
+        row("pager moved: not resumed", Target::Next, 1, true, "s", 1,
+            "BLOCKED (reason: channel collection view scrolled)", false);
+        row("panned", Target::Next, 1, true, "p", 1, "BLOCKED (reason: panned vertically)", true);
+        row("panned over moved pager", Target::Previous, 1, true, "sp", 1,
+            "BLOCKED (reason: panned vertically)", false);
+        row("swiped up outranks both", Target::Next, 1, true, "spu", 1,
+            "BLOCKED (reason: swiped up)", false);
     }
     void holdOrClick() {
         QFETCH(Target, target);
@@ -123,7 +117,7 @@ private slots:
         LumoraTest::LogCapture log;
         hold(target, ticks, [&] {
             // Held: the page's timer stands still.
-            QVERIFY(!timerRuns(m_h->player()));
+            QVERIFY(!m_h->pageTimerRuns());
             host->channelCollectionViewDidScroll = flags.contains('s');
             host->hasPannedVertically = flags.contains('p');
             host->hasSwipedUp = flags.contains('u');
@@ -132,7 +126,7 @@ private slots:
                              logged));
         QCOMPARE(m_h->player()->currentIndex(), page);
         if (page == 1) {
-            QCOMPARE(timerRuns(m_h->player()), resumed);
+            QCOMPARE(m_h->pageTimerRuns(), resumed);
         }
         QVERIFY(!host->channelCollectionViewDidScroll && !host->hasPannedVertically &&
                 !host->hasSwipedUp);
@@ -194,12 +188,12 @@ private slots:
             PresentationStack::forWindow(&m_h->scene()->window)->presentedViewControllers();
         QCOMPARE(int(presented.size()), 1 + viewers);
         QCOMPARE(m_h->player()->currentIndex(), 1);
-        QCOMPARE(timerRuns(m_h->player()), viewers == 0);
+        QCOMPARE(m_h->pageTimerRuns(), viewers == 0);
         if (viewers) {
             QCOMPARE(m_h->eventsSince(m_seen, 1), QStringList{"swipeUpOnPage up up-2"});
             qobject_cast<WebViewController*>(presented.last())->onCloseButtonPressed();
             m_h->advance(1.0);
-            QVERIFY(timerRuns(m_h->player()));
+            QVERIFY(m_h->pageTimerRuns());
             QVERIFY(!host->hasSwipedUp);
         }
     }
@@ -257,7 +251,7 @@ private slots:
             QTRY_VERIFY(!m_h->host());
         } else {
             QCOMPARE(m_h->player()->currentIndex(), page);
-            QVERIFY(timerRuns(m_h->player()));
+            QVERIFY(m_h->pageTimerRuns());
             QVERIFY(m_h->player()->isInteractiveLayoutVisible);
         }
         if (!event.isEmpty()) {
