@@ -14,20 +14,15 @@ private slots:
         QTest::addColumn<QByteArray>("value");
         QTest::addColumn<int>("level");
         QTest::newRow("unset") << false << QByteArray() << 2;
-        QTest::newRow("empty") << true << QByteArray("") << 2;
-        QTest::newRow("abc") << true << QByteArray("abc") << 2;
-        QTest::newRow("9") << true << QByteArray("9") << 2;
-        QTest::newRow("4") << true << QByteArray("4") << 2;
-        QTest::newRow("-1") << true << QByteArray("-1") << 2;
-        QTest::newRow("leading blank") << true << QByteArray(" 1") << 2;
-        QTest::newRow("trailing blank") << true << QByteArray("1 ") << 2;
-        QTest::newRow("1.0") << true << QByteArray("1.0") << 2;
-        QTest::newRow("huge") << true << QByteArray("99999999999999999999999") << 2;
-        QTest::newRow("+1") << true << QByteArray("+1") << 1;
-        QTest::newRow("0") << true << QByteArray("0") << 0;
-        QTest::newRow("1") << true << QByteArray("1") << 1;
-        QTest::newRow("2") << true << QByteArray("2") << 2;
-        QTest::newRow("3") << true << QByteArray("3") << 3;
+        // Anything that does not read as a level from 0 to 3 keeps the default.
+        for (const char* value :
+             {"", "abc", "9", "4", "-1", " 1", "1 ", "1.0", "99999999999999999999999"}) {
+            QTest::addRow("'%s'", value) << true << QByteArray(value) << 2;
+        }
+        for (const auto& [value, level] :
+             {std::pair("+1", 1), {"0", 0}, {"1", 1}, {"2", 2}, {"3", 3}}) {
+            QTest::addRow("%s", value) << true << QByteArray(value) << level;
+        }
     }
 
     void thresholdComesFromTheEnvironment() {

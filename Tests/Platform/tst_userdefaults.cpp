@@ -36,58 +36,43 @@ class UserDefaultsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void registeredDefaultsAnswerButAreNeverWritten() {
+    // Registered defaults answer reads but never reach the disk; typed reads answer only for
+    // their own type; a removed key falls back to its registered default, or is gone.
+    void readsWritesAndDefaults() {
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("defaults.json"));
+        const QString path = dir.filePath("defaults.json");
         {
             UserDefaults store(path);
-            store.registerDefaults(
-                {{QStringLiteral("flag"), false}, {QStringLiteral("map"), QVariantMap()}});
-            QCOMPARE(store.boolValue(QStringLiteral("flag")), false);
-            QCOMPARE(store.dictionary(QStringLiteral("map")),
-                     std::optional<QVariantMap>(QVariantMap()));
+            store.registerDefaults({{"flag", false}, {"map", QVariantMap()}, {"id", QString()}});
+            QCOMPARE(store.boolValue("flag"), false);
+            QCOMPARE(store.dictionary("map"), std::optional<QVariantMap>(QVariantMap()));
             QVERIFY(!QFile::exists(path));
-            store.setValue(QStringLiteral("name"), QStringLiteral("ada"));
-            store.setValue(QStringLiteral("map"), QVariantMap{{QStringLiteral("c1"), 3}});
-            store.setValue(QStringLiteral("flag"), true);
+            store.setValue("name", "ada");
+            store.setValue("map", QVariantMap{{"c1", 3}});
+            store.setValue("flag", true);
+            store.setValue("number", 42);
+            store.setValue("id", "u1");
+            QVERIFY(!store.string("number"));
+            QVERIFY(!store.dictionary("name"));
+            QVERIFY(!store.string("missing"));
+            QCOMPARE(store.boolValue("missing"), false);
+            QCOMPARE(store.dictionaryRepresentation().value("id").toString(), "u1");
+            store.removeObject("id");
+            store.removeObject("number");
+            QCOMPARE(store.string("id"), std::optional<QString>(QString()));
+            QVERIFY(!store.object("number").isValid());
+            QCOMPARE(store.dictionaryRepresentation().keys(),
+                     QStringList({"flag", "id", "map", "name"}));
         }
         UserDefaults reopened(path);
-        QCOMPARE(reopened.string(QStringLiteral("name")),
-                 std::optional<QString>(QStringLiteral("ada")));
-        QCOMPARE(reopened.dictionary(QStringLiteral("map"))->value(QStringLiteral("c1")).toInt(),
-                 3);
-        QCOMPARE(reopened.boolValue(QStringLiteral("flag")), true);
-        // Only written keys reach the disk.
+        QCOMPARE(reopened.string("name"), std::optional<QString>("ada"));
+        QCOMPARE(reopened.dictionary("map")->value("c1").toInt(), 3);
+        QCOMPARE(reopened.boolValue("flag"), true);
+        // Only written keys that are still there reach the disk.
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(QJsonDocument::fromJson(file.readAll()).object().keys(),
                  QStringList({"flag", "map", "name"}));
-    }
-
-    void typedReadsAnswerOnlyForTheirType() {
-        QTemporaryDir dir;
-        UserDefaults store(dir.filePath(QStringLiteral("d.json")));
-        store.setValue(QStringLiteral("number"), 42);
-        store.setValue(QStringLiteral("text"), QStringLiteral("42"));
-        QVERIFY(!store.string(QStringLiteral("number")));
-        QVERIFY(!store.dictionary(QStringLiteral("text")));
-        QVERIFY(!store.string(QStringLiteral("missing")));
-        QCOMPARE(store.boolValue(QStringLiteral("missing")), false);
-    }
-
-    void removeFallsBackToTheRegisteredDefault() {
-        QTemporaryDir dir;
-        UserDefaults store(dir.filePath(QStringLiteral("d.json")));
-        store.registerDefaults({{QStringLiteral("id"), QString()}});
-        store.setValue(QStringLiteral("id"), QStringLiteral("u1"));
-        store.setValue(QStringLiteral("token"), QStringLiteral("t"));
-        QCOMPARE(store.dictionaryRepresentation().value(QStringLiteral("id")).toString(),
-                 QStringLiteral("u1"));
-        store.removeObject(QStringLiteral("id"));
-        store.removeObject(QStringLiteral("token"));
-        QCOMPARE(store.string(QStringLiteral("id")), std::optional<QString>(QString()));
-        QVERIFY(!store.object(QStringLiteral("token")).isValid());
-        QCOMPARE(store.dictionaryRepresentation().keys(), QStringList({"id"}));
     }
 
     void unreadableFileIsMovedAsideAndStoreStartsOver_data() {
@@ -102,7 +87,7 @@ private slots:
     void unreadableFileIsMovedAsideAndStoreStartsOver() {
         QFETCH(QByteArray, contents);
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("defaults.json"));
+        const QString path = dir.filePath("defaults.json");
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(contents);
@@ -110,61 +95,54 @@ private slots:
 
         LumoraTest::LogCapture log;
         UserDefaults store(path);
-        store.registerDefaults({{QStringLiteral("Lumora.deviceId"), QString()}});
-        QCOMPARE(store.string(QStringLiteral("Lumora.deviceId")),
-                 std::optional<QString>(QString()));
+        store.registerDefaults({{"Lumora.deviceId", QString()}});
+        QCOMPARE(store.string("Lumora.deviceId"), std::optional<QString>(QString()));
 
-        const QStringList aside =
-            QDir(dir.path()).entryList({QStringLiteral("defaults.json.corrupt-*")});
+        const QStringList aside = QDir(dir.path()).entryList({"defaults.json.corrupt-*"});
         QCOMPARE(aside.size(), 1);
         QFile kept(dir.filePath(aside.first()));
         QVERIFY(kept.open(QIODevice::ReadOnly));
         QCOMPARE(kept.readAll(), contents);  // kept byte for byte, never deleted
-        QCOMPARE(log.count(QStringLiteral("UserDefaults - cannot read ")), 1);
+        QCOMPARE(log.count("UserDefaults - cannot read "), 1);
         QCOMPARE(log.lines().first().first, QtWarningMsg);  // error level
 
-        store.setValue(QStringLiteral("Lumora.deviceId"), QStringLiteral("fresh"));
-        QCOMPARE(UserDefaults(path).string(QStringLiteral("Lumora.deviceId")),
-                 std::optional<QString>(QStringLiteral("fresh")));
+        store.setValue("Lumora.deviceId", "fresh");
+        QCOMPARE(UserDefaults(path).string("Lumora.deviceId"), std::optional<QString>("fresh"));
     }
 
     void processKilledMidWriteLeavesAReadableFile() {
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("defaults.json"));
+        const QString path = dir.filePath("defaults.json");
         for (int round = 0; round < 3; ++round) {
             QProcess child;
             QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-            env.insert(QStringLiteral("LUMORA_TEST_WRITE_FOREVER"), path);
+            env.insert("LUMORA_TEST_WRITE_FOREVER", path);
             child.setProcessEnvironment(env);
             child.start(QCoreApplication::applicationFilePath(), {});
             QVERIFY(child.waitForReadyRead(20000));
             // Let it rewrite the file many times, then kill it wherever it is.
             QTRY_VERIFY_WITH_TIMEOUT(
-                UserDefaults(path).object(QStringLiteral("counter")).toLongLong() >
-                    20 * (round + 1),
-                20000);
+                UserDefaults(path).object("counter").toLongLong() > 20 * (round + 1), 20000);
             child.kill();
             child.waitForFinished();
 
             LumoraTest::LogCapture log;
             UserDefaults survivor(path);
-            QCOMPARE(log.count(QStringLiteral("cannot read")), 0);
-            QCOMPARE(
-                survivor.dictionary(QStringLiteral("Lumora.channelInitialPageMapping"))->size(),
-                200);
+            QCOMPARE(log.count("cannot read"), 0);
+            QCOMPARE(survivor.dictionary("Lumora.channelInitialPageMapping")->size(), 200);
         }
     }
 
     void concurrentWritersNeverLoseTheFile() {
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("defaults.json"));
+        const QString path = dir.filePath("defaults.json");
         UserDefaults store(path);
         QList<QThread*> threads;
         for (int t = 0; t < 4; ++t) {
             threads << QThread::create([&store, t] {
                 for (int i = 0; i < 200; ++i) {
                     store.setValue(QStringLiteral("writer-%1").arg(t), i);
-                    store.string(QStringLiteral("writer-0"));
+                    store.string("writer-0");
                 }
             });
             threads.last()->start();
