@@ -121,7 +121,7 @@ private slots:
         QFETCH(bool, animated);
         QFETCH(int, current);
         QFETCH(int, shownPage);
-        QFETCH(int, scrollEnds);
+
         MediaList list(QList<Page>(5, imagePage()));
         int ends = 0;
         list.dataSource.onScrollViewDidEndScrollingAnimation = [&ends] { ++ends; };
@@ -134,7 +134,7 @@ private slots:
         m_clock.advance(1.0);
         QCOMPARE(list.dataSource.currentIndexPath, (IndexPath{current, 0}));
         QCOMPARE(list.view.contentOffset().x(), shownPage * list.view.width());
-        QCOMPARE(ends, scrollEnds);
+        QTEST(ends, "scrollEnds");
     }
 
     // The cell shows the page's still, filling it, and reports once that loading has ended,
@@ -150,25 +150,21 @@ private slots:
         const QJsonObject notFound{{"status", 404},
                                    {"body", "<html><body>gone</body></html>"},
                                    {"contentType", "text/html"}};
-        QTest::newRow("image page") << "image"
-                                    << "%1/media/recipes/page-1.jpg"
-                                    << "" << none << true << true;
-        QTest::newRow("video page shows its play card")
-            << "video"
-            << "%1/media/hi/page-2.mp4"
-            << "%1/media/hi/page-2-playcard.png" << none << true << true;
-        QTest::newRow("dropped connection") << "image"
-                                            << "%1/media/recipes/page-2.jpg"
-                                            << "" << QJsonObject{{"drop", true}} << true << false;
-        QTest::newRow("404 with an HTML page") << "image"
-                                               << "%1/media/recipes/page-3.jpg"
-                                               << "" << notFound << true << false;
-        QTest::newRow("not an address") << "image"
-                                        << "not an address"
-                                        << "" << none << true << false;
-        QTest::newRow("page without a url") << "image"
-                                            << ""
-                                            << "" << none << false << false;
+        const auto row = [](const char* name, const char* type, const char* url,
+                            const char* playcard, const QJsonObject& fault, bool shown,
+                            bool image) {
+            QTest::newRow(name) << QString(type) << QString(url) << QString(playcard) << fault
+                                << shown << image;
+        };
+        row("image page", "image", "%1/media/recipes/page-1.jpg", "", none, true, true);
+        row("video page shows its play card", "video", "%1/media/hi/page-2.mp4",
+            "%1/media/hi/page-2-playcard.png", none, true, true);
+        row("dropped connection", "image", "%1/media/recipes/page-2.jpg", "", {{"drop", true}},
+            true, false);
+        row("404 with an HTML page", "image", "%1/media/recipes/page-3.jpg", "", notFound, true,
+            false);
+        row("not an address", "image", "not an address", "", none, true, false);
+        row("page without a url", "image", "", "", none, false, false);
     }
     void stillImageAndReadiness() {
         QFETCH(QString, type);
