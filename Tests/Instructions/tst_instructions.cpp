@@ -2,20 +2,12 @@
 // buttons, and the player that shows it once per installation while holding its first page.
 // Time runs on ManualScheduler; only the player's network I/O is waited for.
 
-#include <QQmlEngine>
-#include <QQuickWindow>
-#include <QTest>
 
 #include "../PlayerHost/PlayerTestSupport.h"
 #include "Extensions/ColorExtensions.h"
 #include "Extensions/ViewExtensions.h"
-#include "TestSupport.h"
-#include "ViewControllers/ChannelViewController.h"
-#include "ViewControllers/ChannelsHostViewController.h"
 #include "ViewControllers/InstructionsViewController.h"
-#include "ViewControllers/PresentationStack.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
-#include "Views/ChannelProgressCollectionDataSource.h"
 
 using namespace LumoraSDK;
 using OptionalStyle = std::optional<LumoraRowViewStyle>;

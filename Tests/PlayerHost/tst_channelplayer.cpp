@@ -1,13 +1,8 @@
 // The page player on its own in an offscreen window: which page a channel opens at, what it
 // remembers in the defaults store, and how viewing a page moves that memory on.
 
-#include <QQmlEngine>
-#include <QQuickWindow>
-#include <QTest>
 
 #include "PlayerTestSupport.h"
-#include "ViewControllers/ChannelViewController.h"
-#include "Views/ChannelMediaCollectionDataSource.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
 
 using namespace LumoraSDK;

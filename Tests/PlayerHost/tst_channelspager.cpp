@@ -1,5 +1,5 @@
-// The pager's scroll logic on plain offsets: directions against the last rest position, the
-// drag limits past either end, and how wide one channel is.
+// The pager's scroll logic on plain offsets: directions against the last rest position and the
+// drag limits past either end, one channel wide.
 
 #include <QTest>
 
@@ -60,17 +60,17 @@ private slots:
         QFETCH(qreal, progress);
         Pager pager(3);
         pager.source.didEndDecelerating(rest);
-        QCOMPARE(pager.source.lastContentOffsetX, rest);
         pager.source.didScroll(QPointF(step, 0), pager.contentSize());
         QCOMPARE(pager.directions, QList<NavigationDirection>{expected});
         QVERIFY2(qAbs(pager.progresses.value(0) - progress) < 1e-9,
                  qPrintable(QString::number(pager.progresses.value(0))));
-        // Scroll steps do not move the rest position; only the next rest does.
+        // Scroll steps do not move the rest position; only the next rest does, so standing there
+        // then counts as going back.
         pager.source.didScroll(QPointF(step + 1, 0), pager.contentSize());
-        QCOMPARE(pager.source.lastContentOffsetX, rest);
         pager.source.didEndScrollingAnimation(step);
         QCOMPARE(pager.rests.last(), expected);
-        QCOMPARE(pager.source.lastContentOffsetX, step);
+        pager.source.didScroll(QPointF(step, 0), pager.contentSize());
+        QCOMPARE(pager.directions.last(), NavigationDirection::reverse);
     }
 
     void dragsPastAnEndTrigger_data() {
@@ -86,6 +86,9 @@ private slots:
         QTest::newRow("last dragged left by 25.5") << 3 << 225.5 << onwards;
         QTest::newRow("middle of the pager") << 3 << 150.0 << none;
         QTest::newRow("single channel past its end") << 1 << 26.0 << onwards;
+        // Without channels, the whole width counts as one.
+        QTest::newRow("no channels, past the width") << 0 << 26.0 << onwards;
+        QTest::newRow("no channels, within the width") << 0 << 25.0 << none;
     }
     void dragsPastAnEndTrigger() {
         QFETCH(int, channels);
@@ -97,22 +100,6 @@ private slots:
         // Every step beyond the limit reports again.
         pager.source.didScroll(QPointF(offset, 0), pager.contentSize());
         QCOMPARE(pager.limits.size(), expected.size() * 2);
-    }
-
-    void oneChannelIsTheContentOverTheCount_data() {
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<qreal>("width");
-        QTest::addColumn<qreal>("expected");
-        QTest::newRow("no channels: the whole width") << 0 << 360.0 << 360.0;
-        QTest::newRow("four channels") << 4 << 1440.0 << 360.0;
-    }
-    void oneChannelIsTheContentOverTheCount() {
-        QFETCH(int, channels);
-        QFETCH(qreal, width);
-        QFETCH(qreal, expected);
-        Pager pager(channels);
-        pager.source.didScroll(QPointF(0, 0), QSizeF(width, 640));
-        QCOMPARE(pager.source.singleContentWidth, expected);
     }
 };
 

@@ -2,11 +2,8 @@
 // closes or springs back, the swipe up into the page's link, and real pointer and key events on
 // the offscreen player checked through the page, the page timer and the server's events.
 
-#include <QQuickItem>
-#include <QTest>
 
 #include "PlayerTestSupport.h"
-#include "TestSupport.h"
 #include "ViewControllers/WebViewController.h"
 
 using namespace LumoraSDK;

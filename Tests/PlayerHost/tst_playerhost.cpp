@@ -3,17 +3,9 @@
 // and the player shrinks back into the cell of the last channel. Time runs on ManualScheduler;
 // only the real network I/O is waited for.
 
-#include <QTest>
 
 #include "Extensions/ViewExtensions.h"
 #include "PlayerTestSupport.h"
-#include "TestSupport.h"
-#include "ViewControllers/ChannelViewController.h"
-#include "ViewControllers/ChannelsHostViewController.h"
-#include "ViewControllers/PresentationStack.h"
-#include "Views/ChannelMediaCollectionDataSource.h"
-#include "Views/ChannelMediaCollectionViewCell.h"
-#include "Views/ChannelProgressCollectionDataSource.h"
 #include "Views/ChannelsCollectionViewCell.h"
 
 using namespace LumoraSDK;
@@ -180,16 +172,6 @@ private slots:
         QVERIFY2(child.crashed, qPrintable(child.standardError.right(2000)));
         QVERIFY2(child.standardError.contains("starting index 2 out of range of 1 channels left"),
                  qPrintable(child.standardError.right(2000)));
-    }
-
-    void imageThatNeverLoadsStillPlays() {
-        QJsonObject broken = imageChannelJson(*m_env, "nl", "unread", 2, 1, "avatars/nobody.png");
-        QVERIFY(m_h->openFromRow(QJsonArray{broken}, 0));
-        m_h->advance(0.25);
-        QVERIFY(m_h->waitForPageTimer(0, 0));
-        QVERIFY(m_h->player()->getVisibleMediaCell(0)->mediaReady());
-        m_h->advance(1.0);
-        QVERIFY(m_h->waitForPageTimer(0, 1));
     }
 
     void leavingForwardSkipsOnlyUnreadChannels_data() {

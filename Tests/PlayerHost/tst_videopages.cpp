@@ -4,15 +4,12 @@
 // on ManualScheduler.
 
 #include <QMediaPlayer>
-#include <QQuickItem>
-#include <QTest>
 
 #include "Platform/AudioSession.h"
 #include "Platform/VideoNode.h"
 #include "Platform/VideoPlayerItem.h"
 #include "PlayerTestSupport.h"
 #include "Services/VideoPrefetchService.h"
-#include "TestSupport.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
 #include "Views/ChannelProgressCollectionViewCell.h"
 

@@ -1,10 +1,7 @@
 #include <QFont>
-#include <QGuiApplication>
-#include <QImage>
 #include <QSet>
 
 #include "RowTestSupport.h"
-#include "TestSupport.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCellRound.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCellSquare.h"
 

@@ -4,7 +4,6 @@
 #include "Platform/NotificationCenter.h"
 #include "RowTestSupport.h"
 #include "Services/VideoPrefetchService.h"
-#include "TestSupport.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCellSquare.h"
 
 using namespace LumoraSDK;
