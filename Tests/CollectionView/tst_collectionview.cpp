@@ -46,16 +46,14 @@ public:
         return last.isLower() || (last.isDigit() && last.digitValue() % 2 == 1);
     }
     QString reuseIdentifier(CollectionView&, const IndexPath& path) override {
-        return usesQmlCell(nameOf(items.at(path.item))) ? QStringLiteral("TextCell")
-                                                        : QStringLiteral("TestCell");
+        return usesQmlCell(nameOf(items.at(path.item))) ? QStringLiteral("TextCell") : "TestCell";
     }
     void configureCell(CollectionView&, CollectionViewCell& cell, const IndexPath& path) override {
         ++configured;
         if (auto* testCell = dynamic_cast<TestCell*>(&cell)) {
             testCell->text = nameOf(items.at(path.item));
         } else {
-            cell.findChild<QObject*>(QStringLiteral("label"))
-                ->setProperty("text", nameOf(items.at(path.item)));
+            cell.findChild<QObject*>("label")->setProperty("text", nameOf(items.at(path.item)));
         }
     }
     QSizeF sizeForItem(CollectionView&, const IndexPath&) override { return QSizeF(50, 80); }
@@ -67,7 +65,7 @@ class EventLog : public CollectionViewDelegate {
 public:
     QStringList events;
     void scrollViewDidEndScrollingAnimation(CollectionView&) override {
-        events << QStringLiteral("didEndScrollingAnimation");
+        events << "didEndScrollingAnimation";
     }
 };
 
@@ -179,8 +177,7 @@ private:
         scene->view = new CollectionView(scene->window.contentItem());
         scene->view->setSize(QSizeF(width, 100));
         scene->view->registerCell(QStringLiteral("TestCell"), [] { return new TestCell; });
-        scene->view->registerCell(QStringLiteral("TextCell"),
-                                  QUrl::fromLocalFile(QFINDTESTDATA("TextCell.qml")));
+        scene->view->registerCell("TextCell", QUrl::fromLocalFile(QFINDTESTDATA("TextCell.qml")));
         scene->view->setDataSource(&scene->source);
         scene->view->setDelegate(&scene->events);
         scene->window.show();
@@ -336,8 +333,7 @@ private slots:
             const bool madeInQml = dynamic_cast<TestCell*>(cell) == nullptr;
             QCOMPARE(madeInQml, ListSource<QString>::usesQmlCell(text));
             if (madeInQml) {
-                QCOMPARE(cell->findChild<QQuickItem*>(QStringLiteral("label"))->parentItem(),
-                         cell->contentView());
+                QCOMPARE(cell->findChild<QQuickItem*>("label")->parentItem(), cell->contentView());
             }
             if (cellOf.contains(text)) {
                 QVERIFY2(cellOf.value(text) == cell, qPrintable(text + " got another cell"));
@@ -398,8 +394,7 @@ private slots:
         }
         m_clock.advance(duration);
         QCOMPARE(view.contentOffset().x(), offset);
-        QCOMPARE(scene->events.events.count(QStringLiteral("didEndScrollingAnimation")),
-                 animated ? 1 : 0);
+        QCOMPARE(scene->events.events.count("didEndScrollingAnimation"), animated ? 1 : 0);
         view.layoutIfNeeded();
         QCOMPARE(texts(view.visibleCells()), visible);
         QCOMPARE(view.cellForItem(IndexPath{item, 0}),

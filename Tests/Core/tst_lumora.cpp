@@ -36,12 +36,11 @@ int runChild(const QString& mode) {
         qEnvironmentVariable("LUMORA_TEST_MAIN", QCoreApplication::applicationDirPath()));
     DatabaseService& database = DatabaseService::sharedInstance();
     if (mode == QLatin1String("write")) {
-        Lumora::sharedInstance().initialize(QStringLiteral("key-1"), [] {});
-        database.setUserId(QStringLiteral("user-7"));
-        database.userDefaults().setValue(DatabaseService::Key::accessToken,
-                                         QStringLiteral("token-1"));
-        database.setChannelInitialPageMapping({{QStringLiteral("c1"), 3}});
-        database.setChannelIsReadMapping({{QStringLiteral("c1"), true}});
+        Lumora::sharedInstance().initialize("key-1", [] {});
+        database.setUserId("user-7");
+        database.userDefaults().setValue(DatabaseService::Key::accessToken, "token-1");
+        database.setChannelInitialPageMapping({{"c1", 3}});
+        database.setChannelIsReadMapping({{"c1", true}});
         return 0;
     }
     if (mode == QLatin1String("read")) {
@@ -49,19 +48,18 @@ int runChild(const QString& mode) {
             return database.userDefaults().string(key).value_or(QStringLiteral("<absent>"));
         };
         QJsonObject seen{
-            {QStringLiteral("apiKey"), text(DatabaseService::Key::apiKey)},
-            {QStringLiteral("environment"), text(DatabaseService::Key::environment)},
-            {QStringLiteral("token"), text(DatabaseService::Key::accessToken)},
-            {QStringLiteral("userId"), Lumora::currentUserId().value_or(QString())},
-            {QStringLiteral("pages"),
-             QJsonObject::fromVariantMap(database.channelInitialPageMapping())},
-            {QStringLiteral("read"), QJsonObject::fromVariantMap(database.channelIsReadMapping())},
+            {"apiKey", text(DatabaseService::Key::apiKey)},
+            {"environment", text(DatabaseService::Key::environment)},
+            {"token", text(DatabaseService::Key::accessToken)},
+            {"userId", Lumora::currentUserId().value_or(QString())},
+            {"pages", QJsonObject::fromVariantMap(database.channelInitialPageMapping())},
+            {"read", QJsonObject::fromVariantMap(database.channelIsReadMapping())},
         };
         fputs(QJsonDocument(seen).toJson(QJsonDocument::Compact).constData(), stdout);
         return 0;
     }
     if (mode == QLatin1String("initialize")) {
-        Lumora::sharedInstance().initialize(QStringLiteral("k"), [] {});
+        Lumora::sharedInstance().initialize("k", [] {});
         return 0;
     }
     return 2;
@@ -74,9 +72,9 @@ class LumoraTest_ : public QObject {
 private slots:
     void initTestCase() {
         QVERIFY(m_dir.isValid());
-        UserDefaults::setStandardLocation(m_dir.filePath(QStringLiteral("store/defaults.json")));
-        m_main = m_dir.filePath(QStringLiteral("app"));
-        writeJson(m_main + QStringLiteral("/Info.json"), {});
+        UserDefaults::setStandardLocation(m_dir.filePath("store/defaults.json"));
+        m_main = m_dir.filePath("app");
+        writeJson(m_main + "/Info.json", {});
         Bundle::setMainResourcePath(m_main);
     }
 
@@ -116,15 +114,15 @@ private slots:
         QFETCH(bool, foundLine);
         QJsonObject info;
         if (!value.isUndefined()) {
-            info.insert(QStringLiteral("LumoraEnvironment"), value);
+            info.insert("LumoraEnvironment", value);
         }
-        writeJson(m_main + QStringLiteral("/Info.json"), info);
+        writeJson(m_main + "/Info.json", info);
         writeJson(m_main + QStringLiteral("/Frameworks/LumoraSDK.framework/LumoraSDK.bundle/"
                                           "Info-iOS.json"),
-                  {{QStringLiteral("ApiBaseUrl"), configured}});
+                  {{"ApiBaseUrl", configured}});
         qputenv("LUMORA_SDK_LOG_LEVEL", "1");
         LumoraTest::LogCapture log;
-        Lumora::sharedInstance().initialize(QStringLiteral("key"), [] {});
+        Lumora::sharedInstance().initialize("key", [] {});
         QCOMPARE(rawValue(Lumora::currentEnvironment().value()), environment);
         QCOMPARE(store().string(DatabaseService::Key::environment),
                  std::optional<QString>(environment));
@@ -134,19 +132,17 @@ private slots:
                  foundLine);
         const auto url = Lumora::sharedInstance().baseApiUrl();
         QTEST(url ? url->toString() : QString(), "baseUrl");
-        QDir(m_main + QStringLiteral("/Frameworks")).removeRecursively();
-        writeJson(m_main + QStringLiteral("/Info.json"), {});
+        QDir(m_main + "/Frameworks").removeRecursively();
+        writeJson(m_main + "/Info.json", {});
     }
 
     void packagedPropertiesAndFonts() {
-        Lumora::sharedInstance().initialize(QStringLiteral("key"), [] {});
-        QCOMPARE(Lumora::sharedInstance().baseApiUrl()->toString(),
-                 QStringLiteral("http://127.0.0.1:8787"));
-        QCOMPARE(Lumora::sharedInstance().bundleName(),
-                 std::optional<QString>(QStringLiteral("LumoraSDK")));
+        Lumora::sharedInstance().initialize("key", [] {});
+        QCOMPARE(Lumora::sharedInstance().baseApiUrl()->toString(), "http://127.0.0.1:8787");
+        QCOMPARE(Lumora::sharedInstance().bundleName(), std::optional<QString>("LumoraSDK"));
         QCOMPARE(Lumora::version(), std::optional<QString>(QStringLiteral(LUMORA_PROJECT_VERSION)));
         QVERIFY(Lumora::resourceBundle().has_value());
-        QVERIFY(QFontDatabase::families().contains(QStringLiteral("Inter")));
+        QVERIFY(QFontDatabase::families().contains("Inter"));
     }
 
     void initializePostsOnceAfterStoringTheKeyThenCompletes() {
@@ -155,10 +151,9 @@ private slots:
         NotificationCenter::defaultCenter().addObserver(
             &observer, Lumora::sdkDidInit, [&](const Notification&) {
                 order << QStringLiteral("posted with key ") +
-                             Lumora::currentApiKey().value_or(QStringLiteral("none"));
+                             Lumora::currentApiKey().value_or("none");
             });
-        Lumora::sharedInstance().initialize(QStringLiteral("secret-1"),
-                                            [&] { order << QStringLiteral("completed"); });
+        Lumora::sharedInstance().initialize("secret-1", [&] { order << "completed"; });
         NotificationCenter::defaultCenter().removeObserver(&observer);
         QCOMPARE(order, QStringList({"posted with key secret-1", "completed"}));
     }
@@ -172,21 +167,21 @@ private slots:
             &observer, Lumora::userIdDidChange,
             [&](const Notification&) { seenInHandler << *Lumora::currentUserId(); });
         database.setUserId(QString());  // a missing id reads as empty: nothing to post
-        database.setUserId(QStringLiteral("a"));
-        database.setUserId(QStringLiteral("a"));
-        database.setUserId(QStringLiteral("b"));
+        database.setUserId("a");
+        database.setUserId("a");
+        database.setUserId("b");
         NotificationCenter::defaultCenter().removeObserver(&observer);
         QCOMPARE(seenInHandler, QStringList({"", "a"}));  // the old value, still stored
-        QCOMPARE(Lumora::currentUserId(), std::optional<QString>(QStringLiteral("b")));
+        QCOMPARE(Lumora::currentUserId(), std::optional<QString>("b"));
     }
 
     void logoutRestoresDefaultsAndPostsOnce() {
         DatabaseService& database = DatabaseService::sharedInstance();
-        Lumora::sharedInstance().initialize(QStringLiteral("k"), [] {});
-        database.setUserId(QStringLiteral("someone"));
-        store().setValue(DatabaseService::Key::accessToken, QStringLiteral("t"));
+        Lumora::sharedInstance().initialize("k", [] {});
+        database.setUserId("someone");
+        store().setValue(DatabaseService::Key::accessToken, "t");
         store().setValue(DatabaseService::Key::hasShownInstructions, true);
-        database.setChannelIsReadMapping({{QStringLiteral("c1"), true}});
+        database.setChannelIsReadMapping({{"c1", true}});
         int posts = 0;
         int observer = 0;
         NotificationCenter::defaultCenter().addObserver(&observer, Lumora::userIdDidChange,
@@ -208,21 +203,17 @@ private slots:
         const QString storePath = m_dir.filePath(QStringLiteral("cross/defaults.json"));
         const QStringList env{QStringLiteral("LUMORA_TEST_STORE=") + storePath,
                               QStringLiteral("LUMORA_TEST_MAIN=") + m_main};
-        const auto writer =
-            LumoraTest::runSelf({}, env + QStringList{QStringLiteral("LUMORA_TEST_MODE=write")});
+        const auto writer = LumoraTest::runSelf({}, env + QStringList{"LUMORA_TEST_MODE=write"});
         QCOMPARE(writer.exitCode, 0);
-        const auto reader =
-            LumoraTest::runSelf({}, env + QStringList{QStringLiteral("LUMORA_TEST_MODE=read")});
+        const auto reader = LumoraTest::runSelf({}, env + QStringList{"LUMORA_TEST_MODE=read"});
         QCOMPARE(reader.exitCode, 0);
         const QJsonObject seen = QJsonDocument::fromJson(reader.standardOutput.toUtf8()).object();
-        QCOMPARE(seen.value(QStringLiteral("apiKey")).toString(), QStringLiteral("<absent>"));
-        QCOMPARE(seen.value(QStringLiteral("environment")).toString(), QStringLiteral("<absent>"));
-        QCOMPARE(seen.value(QStringLiteral("token")).toString(), QStringLiteral("<absent>"));
-        QCOMPARE(seen.value(QStringLiteral("userId")).toString(), QStringLiteral("user-7"));
-        QCOMPARE(seen.value(QStringLiteral("pages")).toObject().value(QStringLiteral("c1")).toInt(),
-                 3);
-        QCOMPARE(seen.value(QStringLiteral("read")).toObject().value(QStringLiteral("c1")).toBool(),
-                 true);
+        QCOMPARE(seen.value("apiKey").toString(), "<absent>");
+        QCOMPARE(seen.value("environment").toString(), "<absent>");
+        QCOMPARE(seen.value("token").toString(), "<absent>");
+        QCOMPARE(seen.value("userId").toString(), "user-7");
+        QCOMPARE(seen.value("pages").toObject().value("c1").toInt(), 3);
+        QCOMPARE(seen.value("read").toObject().value("c1").toBool(), true);
     }
 
     void missingPackagedResourcesStopTheProcess_data() {
@@ -240,14 +231,12 @@ private slots:
         QFETCH(QString, message);
         QTemporaryDir app;
         if (layout == QLatin1String("bundle-without-info")) {
-            writeJson(app.filePath(QStringLiteral("Info.json")), {});
-            QDir().mkpath(
-                app.filePath(QStringLiteral("Frameworks/LumoraSDK.framework/LumoraSDK.bundle")));
+            writeJson(app.filePath("Info.json"), {});
+            QDir().mkpath(app.filePath("Frameworks/LumoraSDK.framework/LumoraSDK.bundle"));
         }
         const auto child = LumoraTest::runSelf(
-            {}, {QStringLiteral("LUMORA_TEST_MODE=initialize"),
-                 QStringLiteral("LUMORA_TEST_MAIN=") + app.path(),
-                 QStringLiteral("LUMORA_TEST_STORE=") + app.filePath(QStringLiteral("d.json"))});
+            {}, {"LUMORA_TEST_MODE=initialize", QStringLiteral("LUMORA_TEST_MAIN=") + app.path(),
+                 QStringLiteral("LUMORA_TEST_STORE=") + app.filePath("d.json")});
         QVERIFY2(child.crashed || child.exitCode != 0, qPrintable(child.standardError));
         QVERIFY2(child.standardError.contains(message), qPrintable(child.standardError));
     }
@@ -265,17 +254,16 @@ private slots:
         // The offscreen platform takes its screen size from a configuration file.
         const QStringList size = geometry.split(QLatin1Char('x'));
         const QString config = m_dir.filePath(geometry + QStringLiteral(".json"));
-        writeJson(config, {{QStringLiteral("screens"),
-                            QJsonArray{QJsonObject{{QStringLiteral("name"), QStringLiteral("s")},
-                                                   {QStringLiteral("x"), 0},
-                                                   {QStringLiteral("y"), 0},
-                                                   {QStringLiteral("width"), size[0].toInt()},
-                                                   {QStringLiteral("height"), size[1].toInt()},
-                                                   {QStringLiteral("logicalDpi"), 96},
-                                                   {QStringLiteral("logicalBaseDpi"), 96},
-                                                   {QStringLiteral("dpr"), 1}}}}});
+        writeJson(config, {{"screens", QJsonArray{QJsonObject{{"name", "s"},
+                                                              {"x", 0},
+                                                              {"y", 0},
+                                                              {"width", size[0].toInt()},
+                                                              {"height", size[1].toInt()},
+                                                              {"logicalDpi", 96},
+                                                              {"logicalBaseDpi", 96},
+                                                              {"dpr", 1}}}}});
         const auto child = LumoraTest::runSelf(
-            {}, {QStringLiteral("LUMORA_TEST_MODE=screen"),
+            {}, {"LUMORA_TEST_MODE=screen",
                  QStringLiteral("QT_QPA_PLATFORM=offscreen:configfile=") + config});
         QCOMPARE(child.standardOutput.trimmed(),
                  standard ? QStringLiteral("standard") : QStringLiteral("other"));

@@ -72,9 +72,9 @@ struct RecordingView {
     QList<std::function<void(bool)>> pendingCompletions;
 
     void performBatchUpdates(std::function<void()> updates, std::function<void(bool)> completion) {
-        calls << QStringLiteral("begin");
+        calls << "begin";
         updates();
-        calls << QStringLiteral("end");
+        calls << "end";
         pendingCompletions.append(std::move(completion));
     }
     void deleteItems(const QList<IndexPath>& paths) {
@@ -202,13 +202,13 @@ private slots:
         RecordingView view;
         reload(
             view, diff(versioned(oldList), versioned(newList)), section,
-            [&] { view.calls << QStringLiteral("updateData"); },
+            [&] { view.calls << "updateData"; },
             [&](bool finished) {
                 view.calls << QStringLiteral("completion(%1)").arg(finished ? "true" : "false");
             });
         QCOMPARE(view.pendingCompletions.size(), 1);
         view.pendingCompletions.takeFirst()(true);
-        QTEST(view.calls.join(QStringLiteral(", ")), "calls");
+        QTEST(view.calls.join(", "), "calls");
     }
 };
 

@@ -116,7 +116,7 @@ private slots:
             QVERIFY2(log.contains(logLine), qPrintable(log.messages().join('\n')));
         }
         if (logLine == kInvalid) {
-            QCOMPARE(outcome->errorMessage, QStringLiteral("Invalid url"));
+            QCOMPARE(outcome->errorMessage, "Invalid url");
         } else if (!fault.isEmpty()) {
             // No cache keeps the failure in place of the picture.
             const auto retried = load(url);
@@ -136,7 +136,7 @@ private slots:
         const QString url = fresh(QStringLiteral("/media/avatars/offers.png"));
         if (prefetch) {
             ImageManager::sharedInstance().prefetchImages(
-                {QUrl(url), QUrl(url), QUrl(QStringLiteral("relative.png")), QUrl()});
+                {QUrl(url), QUrl(url), QUrl("relative.png"), QUrl()});
             QTRY_VERIFY(!ImageManager::sharedInstance().cachedImage(QUrl(url)).isNull());
         } else {
             // Loads of one address while it is on its way share the fetch; each completes once.

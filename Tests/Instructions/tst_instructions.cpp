@@ -2,7 +2,6 @@
 // buttons, and the player that shows it once per installation while holding its first page.
 // Time runs on ManualScheduler; only the player's network I/O is waited for.
 
-
 #include "../PlayerHost/PlayerTestSupport.h"
 #include "Extensions/ColorExtensions.h"
 #include "Extensions/ViewExtensions.h"
@@ -159,8 +158,7 @@ private slots:
         }
         const QStringList cannot{"setColors - cannot determine which colors to use for style auto",
                                  "setImages - cannot determine which image to use for style auto"};
-        QCOMPARE(log.messages().filter(QStringLiteral("cannot determine")),
-                 callForAuto ? cannot : QStringList());
+        QCOMPARE(log.messages().filter("cannot determine"), callForAuto ? cannot : QStringList());
     }
 
     // Both buttons close the overlay the same way: it fades out, then onDismissed runs once,

@@ -37,7 +37,7 @@ private slots:
                                                      ++calls;
                                                  });
         QVERIFY(log.contains(QStringLiteral("getCachedVideoItem - no cached AVPlayerItem for ") +
-                             m_urls[0] + QStringLiteral("! opening new stream")));
+                             m_urls[0] + "! opening new stream"));
         QTRY_COMPARE_WITH_TIMEOUT(calls, 1, 20000);
         QVERIFY(item);
         QCOMPARE(item->state(), VideoPlayerItem::State::Ready);
@@ -62,7 +62,7 @@ private slots:
         std::shared_ptr<VideoPlayerItem> newest;
         VideoPrefetchService::getCachedVideoItem(
             m_urls[20], false, [&](std::shared_ptr<VideoPlayerItem> i) { newest = i; });
-        QVERIFY(log.contains(QStringLiteral("addPrefetchVideoItem - cache limit reached!")));
+        QVERIFY(log.contains("addPrefetchVideoItem - cache limit reached!"));
         QVERIFY(log.contains(
             QStringLiteral("removeCachedVideoItems - releasing item at key index 0: url ") +
             before.first()));
@@ -81,20 +81,20 @@ private slots:
         VideoPrefetchService::getCachedVideoItem(order[0], false, [&](auto) { ++handed; });
         QCOMPARE(handed, 1);
         QCOMPARE(VideoPrefetchService::cachedVideoUrls(), order);
-        QCOMPARE(log.count(QStringLiteral("no cached AVPlayerItem")), 0);
+        QCOMPARE(log.count("no cached AVPlayerItem"), 0);
 
         // Removing twice removes once; unknown addresses are skipped silently.
         VideoPrefetchService::removeCachedVideoItems(
-            {order[1], order[1], QStringLiteral("file:///not/cached.mp4")});
+            {order[1], order[1], "file:///not/cached.mp4"});
         QCOMPARE(VideoPrefetchService::cachedVideoUrls(), QStringList({order[0], order[2]}));
-        QCOMPARE(log.count(QStringLiteral("removeCachedVideoItems - releasing item")), 1);
+        QCOMPARE(log.count("removeCachedVideoItems - releasing item"), 1);
     }
 
     void invalidAddressesAreNeverCached_data() {
         QTest::addColumn<QString>("address");
         QTest::newRow("empty") << QString();
-        QTest::newRow("blank inside") << QStringLiteral("http://exa mple.test/v.mp4");
-        QTest::newRow("bad percent escape") << QStringLiteral("http://127.0.0.1/%zz.mp4");
+        QTest::newRow("blank inside") << "http://exa mple.test/v.mp4";
+        QTest::newRow("bad percent escape") << "http://127.0.0.1/%zz.mp4";
     }
 
     void invalidAddressesAreNeverCached() {
@@ -110,7 +110,7 @@ private slots:
         QVERIFY(handed);
         QVERIFY(!item);
         QVERIFY(log.contains(QStringLiteral("addPrefetchVideoItem - invalid url ") + address +
-                             QStringLiteral(", do nothing")));
+                             ", do nothing"));
         QVERIFY(VideoPrefetchService::cachedVideoUrls().isEmpty());
     }
 

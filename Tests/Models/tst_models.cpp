@@ -160,7 +160,7 @@ private slots:
         for (const char* entity : {"page", "channel", "authorization", "userInput", "branding"}) {
             QTest::addRow("%s", entity) << QString(entity) << false;
         }
-        QTest::newRow("demo data needs only an object") << QStringLiteral("demo") << true;
+        QTest::newRow("demo data needs only an object") << "demo" << true;
     }
     void emptyObjects() {
         QFETCH(QString, entity);

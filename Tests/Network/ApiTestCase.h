@@ -26,20 +26,17 @@ public:
     SdkOnDevServer() {
         using namespace LumoraSDK;
         qputenv("LUMORA_SDK_LOG_LEVEL", "1");  // before the logger's first use
-        UserDefaults::setStandardLocation(m_dir.filePath(QStringLiteral("defaults.json")));
+        UserDefaults::setStandardLocation(m_dir.filePath("defaults.json"));
         const QString main = m_dir.filePath(QStringLiteral("app"));
-        const QString bundle =
-            main + QStringLiteral("/Frameworks/LumoraSDK.framework/LumoraSDK.bundle");
+        const QString bundle = main + "/Frameworks/LumoraSDK.framework/LumoraSDK.bundle";
         QDir().mkpath(bundle);
-        QFile info(main + QStringLiteral("/Info.json"));
+        QFile info(main + "/Info.json");
         info.open(QIODevice::WriteOnly);
         info.write("{}");
         info.close();
-        QFile framework(bundle + QStringLiteral("/Info-iOS.json"));
+        QFile framework(bundle + "/Info-iOS.json");
         framework.open(QIODevice::WriteOnly);
-        framework.write(
-            QJsonDocument(QJsonObject{{QStringLiteral("ApiBaseUrl"), m_server.baseUrl()}})
-                .toJson());
+        framework.write(QJsonDocument(QJsonObject{{"ApiBaseUrl", m_server.baseUrl()}}).toJson());
         framework.close();
         Bundle::setMainResourcePath(main);
         Lumora::sharedInstance().initialize(m_server.apiKey(), [] {});

@@ -19,12 +19,8 @@ UserDefaults& store() {
 }
 
 QJsonObject lastBody(const LumoraTest::DevServer& server) {
-    return QJsonDocument::fromJson(server.requests()
-                                       .last()
-                                       .toObject()
-                                       .value(QStringLiteral("body"))
-                                       .toString()
-                                       .toUtf8())
+    return QJsonDocument::fromJson(
+               server.requests().last().toObject().value("body").toString().toUtf8())
         .object();
 }
 }  // namespace
@@ -52,7 +48,7 @@ private slots:
             });
         Outcome<bool> done;
         Lumora::sharedInstance().setUserDetails(
-            UserInput{QStringLiteral("viewer-1")}, [&] { done.set(true); },
+            UserInput{"viewer-1"}, [&] { done.set(true); },
             [&](const RequestError&) { done.set(false); });
         NotificationCenter::defaultCenter().removeObserver(&observer);
         QTRY_COMPARE(done.calls.load(), 1);
@@ -61,22 +57,20 @@ private slots:
         QCOMPARE(order, QStringList({"user changed, 0 requests sent"}));
 
         const QJsonObject request = m_server.requests().last().toObject();
-        QCOMPARE(request.value(QStringLiteral("path")).toString(), QStringLiteral("/api/auth"));
-        QCOMPARE(lastBody(m_server),
-                 QJsonObject({{QStringLiteral("externalId"), QStringLiteral("viewer-1")}}));
+        QCOMPARE(request.value("path").toString(), "/api/auth");
+        QCOMPARE(lastBody(m_server), QJsonObject({{"externalId", "viewer-1"}}));
         QVERIFY(!store().string(DatabaseService::Key::accessToken).value_or(QString()).isEmpty());
-        QCOMPARE(Lumora::currentUserId(), std::optional<QString>(QStringLiteral("viewer-1")));
+        QCOMPARE(Lumora::currentUserId(), std::optional<QString>("viewer-1"));
 
         // With a token held, a second call only updates the external id and reports nothing.
         Outcome<bool> second;
         Lumora::sharedInstance().setUserDetails(
-            UserInput{QStringLiteral("viewer-2")}, [&] { second.set(true); },
+            UserInput{"viewer-2"}, [&] { second.set(true); },
             [&](const RequestError&) { second.set(false); });
         QTRY_COMPARE(m_server.requests().size(), 2);
-        QCOMPARE(m_server.requests().last().toObject().value(QStringLiteral("path")).toString(),
-                 QStringLiteral("/api/app/user/updateExternalId"));
-        QCOMPARE(lastBody(m_server),
-                 QJsonObject({{QStringLiteral("externalId"), QStringLiteral("viewer-2")}}));
+        QCOMPARE(m_server.requests().last().toObject().value("path").toString(),
+                 "/api/app/user/updateExternalId");
+        QCOMPARE(lastBody(m_server), QJsonObject({{"externalId", "viewer-2"}}));
         QTRY_VERIFY(m_server.requests().last().toObject().value(QStringLiteral("status")).toInt() ==
                     200);
         QCoreApplication::processEvents();
@@ -88,32 +82,28 @@ private slots:
         QTest::addColumn<bool>("succeeds");
         QTest::addColumn<bool>("tokenKept");
         QTest::newRow("answer without access_token removes the token")
-            << QJsonObject{{QStringLiteral("body"), QStringLiteral(R"({"expires_in": 10})")}}
-            << true << false;
+            << QJsonObject{{"body", QStringLiteral(R"({"expires_in": 10})")}} << true << false;
         QTest::newRow("204 without a body")
-            << QJsonObject{{QStringLiteral("status"), 204}, {QStringLiteral("body"), QString()}}
-            << false << true;
-        QTest::newRow("empty object")
-            << QJsonObject{{QStringLiteral("body"), QStringLiteral("{}")}} << false << true;
-        QTest::newRow("a list") << QJsonObject{{QStringLiteral("body"), QStringLiteral("[]")}}
-                                << false << true;
+            << QJsonObject{{"status", 204}, {"body", QString()}} << false << true;
+        QTest::newRow("empty object") << QJsonObject{{"body", "{}"}} << false << true;
+        QTest::newRow("a list") << QJsonObject{{"body", "[]"}} << false << true;
     }
 
     void registrationAnswers() {
         QFETCH(QJsonObject, fault);
         QFETCH(bool, succeeds);
         QFETCH(bool, tokenKept);
-        store().setValue(DatabaseService::Key::accessToken, QStringLiteral("old-token"));
-        m_server.setFault(QStringLiteral("/api/auth"), fault);
+        store().setValue(DatabaseService::Key::accessToken, "old-token");
+        m_server.setFault("/api/auth", fault);
         LumoraTest::LogCapture log;
         Outcome<QString> outcome;
         Lumora::sharedInstance().requestSetUserDetails(
-            UserInput{}, [&] { outcome.set(QStringLiteral("ok")); },
+            UserInput{}, [&] { outcome.set("ok"); },
             [&](const RequestError& e) { outcome.set(errorDescription(e).value_or(QString())); });
         QTRY_COMPARE(outcome.calls.load(), 1);
         QCOMPARE(outcome.get() == QLatin1String("ok"), succeeds);
         if (!succeeds) {
-            QCOMPARE(outcome.get(), QStringLiteral("Cannot convert json to Authorization entity."));
+            QCOMPARE(outcome.get(), "Cannot convert json to Authorization entity.");
             QVERIFY(
                 log.contains(QStringLiteral("requestSetUserDetails(_:onComplete:onError:) - cannot "
                                             "convert data to Authorization.")));
@@ -126,16 +116,14 @@ private slots:
     // The list comes decoded in the server's order; viewing the last page of an unread channel
     // makes the next list say it is read.
     void channelsArriveDecodedInServerOrder() {
-        registerUser(QStringLiteral("viewer-3"));
+        registerUser("viewer-3");
         const QList<Channel> channels = getChannels();
         QVERIFY(channels.size() >= 8);
         const QJsonArray served =
-            QJsonDocument::fromJson(fetch(QStringLiteral("/api/app/channel/channelsForUser")))
-                .array();
+            QJsonDocument::fromJson(fetch("/api/app/channel/channelsForUser")).array();
         QCOMPARE(channels.size(), served.size());
         for (int i = 0; i < channels.size(); ++i) {
-            QCOMPARE(channels[i].id,
-                     std::optional<QString>(served[i][QStringLiteral("id")].toString()));
+            QCOMPARE(channels[i].id, std::optional<QString>(served[i]["id"].toString()));
             QVERIFY(!channels[i].pages.isEmpty());
         }
         QVERIFY(std::any_of(channels.begin(), channels.end(),
@@ -159,26 +147,25 @@ private slots:
     }
 
     void reportsCarryTheirExactKeys() {
-        registerUser(QStringLiteral("viewer-4"));
+        registerUser("viewer-4");
         Outcome<bool> history;
         Lumora::sharedInstance().requestRecordViewingHistory(
-            QStringLiteral("page-1"), QStringLiteral("chan-1"), [&] { history.set(true); },
+            "page-1", "chan-1", [&] { history.set(true); },
             [&](const RequestError&) { history.set(false); });
         QTRY_COMPARE(history.calls.load(), 1);
         QVERIFY(history.get());
         AnalyticsService::sharedInstance().trackActivity(ActivityType::SwipedUp, std::nullopt,
                                                          std::nullopt);
-        AnalyticsService::sharedInstance().trackActivity(
-            ActivityType::SkippedPage, QStringLiteral("chan-1"), QStringLiteral("page-1"));
+        AnalyticsService::sharedInstance().trackActivity(ActivityType::SkippedPage, "chan-1",
+                                                         "page-1");
         QTRY_COMPARE(m_server.events().size(), 3);
         const QJsonArray events = m_server.events();
-        QCOMPARE(events[0][QStringLiteral("body")].toObject(),
-                 QJsonObject({{QStringLiteral("pageStoryId"), QStringLiteral("page-1")},
-                              {QStringLiteral("ChannelStoryId"), QStringLiteral("chan-1")}}));
+        QCOMPARE(events[0]["body"].toObject(),
+                 QJsonObject({{"pageStoryId", "page-1"}, {"ChannelStoryId", "chan-1"}}));
         // Activities may arrive in either order; each is recorded once.
         QSet<QString> activities;
         for (int i = 1; i < 3; ++i) {
-            const QJsonObject body = events[i][QStringLiteral("body")].toObject();
+            const QJsonObject body = events[i]["body"].toObject();
             QCOMPARE(body.keys(),
                      QStringList({"activityItemType", "channelStoryId", "pageStoryId"}));
             activities << QString::fromUtf8(QJsonDocument(body).toJson(QJsonDocument::Compact));
@@ -190,12 +177,10 @@ private slots:
     }
 
     void failedActivityIsLoggedAndDropped() {
-        registerUser(QStringLiteral("viewer-5"));
-        m_server.setFault(QStringLiteral("/api/app/activity/recordActivity"),
-                          {{QStringLiteral("status"), 500}});
+        registerUser("viewer-5");
+        m_server.setFault("/api/app/activity/recordActivity", {{"status", 500}});
         LumoraTest::LogCapture log;
-        AnalyticsService::sharedInstance().trackActivity(ActivityType::OpenedChannel,
-                                                         QStringLiteral("c"), QStringLiteral("p"));
+        AnalyticsService::sharedInstance().trackActivity(ActivityType::OpenedChannel, "c", "p");
         QTRY_VERIFY(log.contains(
             QStringLiteral("LumoraSDK.AnalyticsService - trackActivity - requestRecordActivity "
                            "openedChannel RequestStatusError.InternalServerError")));

@@ -56,48 +56,44 @@ private slots:
 
         Outcome<Result> outcome;
         NetworkingService::sharedInstance().performGetRequest(
-            m_server.baseUrl() + QStringLiteral("/api/app/channel/channelsForUser"),
-            HttpHeaders{{QStringLiteral("a"), QStringLiteral("1")}}, std::nullopt, into(outcome));
+            m_server.baseUrl() + "/api/app/channel/channelsForUser", HttpHeaders{{"a", "1"}},
+            std::nullopt, into(outcome));
         QTRY_COMPARE(outcome.calls.load(), 1);
         QVERIFY(!outcome.onMainThread);  // completions arrive on the network thread
 
         const QJsonObject request = m_server.requests().last().toObject();
-        QCOMPARE(request.value(QStringLiteral("query")).toString(), QStringLiteral("a=1"));
-        const QJsonObject headers = request.value(QStringLiteral("headers")).toObject();
+        QCOMPARE(request.value("query").toString(), "a=1");
+        const QJsonObject headers = request.value("headers").toObject();
         const QString version = *Lumora::version();
-        QCOMPARE(headers.value(QStringLiteral("ClientPlatform")).toString(), QStringLiteral("iOS"));
-        QCOMPARE(headers.value(QStringLiteral("accept")).toString(),
-                 QStringLiteral("application/json"));
-        QCOMPARE(headers.value(QStringLiteral("Content-Type")).toString(),
-                 QStringLiteral("application/json"));
-        QCOMPARE(headers.value(QStringLiteral("ClientVersion")).toString(), version);
-        QCOMPARE(headers.value(QStringLiteral("User-Agent")).toString(),
+        QCOMPARE(headers.value("ClientPlatform").toString(), "iOS");
+        QCOMPARE(headers.value("accept").toString(), "application/json");
+        QCOMPARE(headers.value("Content-Type").toString(), "application/json");
+        QCOMPARE(headers.value("ClientVersion").toString(), version);
+        QCOMPARE(headers.value("User-Agent").toString(),
                  QStringLiteral("Lumora Stories SDK - Client [iOS] - Version [%1]").arg(version));
-        QCOMPARE(headers.value(QStringLiteral("x-lumora-api-key")).toString(), apiKey);
-        QCOMPARE(headers.contains(QStringLiteral("x-lumora-api-key")), !apiKey.isEmpty());
-        QCOMPARE(headers.value(QStringLiteral("Authorization")).toString(),
+        QCOMPARE(headers.value("x-lumora-api-key").toString(), apiKey);
+        QCOMPARE(headers.contains("x-lumora-api-key"), !apiKey.isEmpty());
+        QCOMPARE(headers.value("Authorization").toString(),
                  token.isEmpty() ? QString() : QStringLiteral("Bearer ") + token);
         store.setValue(DatabaseService::Key::apiKey, m_server.apiKey());
     }
 
     void callerHeadersReplaceTheStandardSet() {
         DatabaseService::sharedInstance().userDefaults().setValue(DatabaseService::Key::accessToken,
-                                                                  QStringLiteral("tok"));
+                                                                  "tok");
         Outcome<Result> outcome;
         NetworkingService::sharedInstance().performPostRequest(
-            m_server.baseUrl() + QStringLiteral("/api/app/activity/recordActivity"), QJsonObject{},
-            HttpHeaders{{QStringLiteral("X-Only"), QStringLiteral("this")}}, into(outcome));
+            m_server.baseUrl() + "/api/app/activity/recordActivity", QJsonObject{},
+            HttpHeaders{{"X-Only", "this"}}, into(outcome));
         QTRY_COMPARE(outcome.calls.load(), 1);
         const QJsonObject headers =
-            m_server.requests().last().toObject().value(QStringLiteral("headers")).toObject();
-        QCOMPARE(headers.value(QStringLiteral("X-Only")).toString(), QStringLiteral("this"));
+            m_server.requests().last().toObject().value("headers").toObject();
+        QCOMPARE(headers.value("X-Only").toString(), "this");
         for (const char* standard :
              {"x-lumora-api-key", "Authorization", "ClientPlatform", "ClientVersion"}) {
             QVERIFY2(!headers.contains(QLatin1String(standard)), standard);
         }
-        QVERIFY(!headers.value(QStringLiteral("User-Agent"))
-                     .toString()
-                     .contains(QStringLiteral("Lumora")));
+        QVERIFY(!headers.value("User-Agent").toString().contains("Lumora"));
         QCOMPARE(outcome.get().response->statusCode, 401);  // without the key the server refuses
         QVERIFY(!outcome.get().ok);
     }
@@ -126,8 +122,7 @@ private slots:
         QFETCH(bool, ok);
         QFETCH(int, error);
         const QString route = QStringLiteral("/api/app/viewingHistory/recordViewingHistory");
-        m_server.setFault(route, {{QStringLiteral("status"), status},
-                                  {QStringLiteral("body"), QStringLiteral("{}")}});
+        m_server.setFault(route, {{"status", status}, {"body", "{}"}});
         Outcome<Result> transport;
         NetworkingService::sharedInstance().performPostRequest(
             m_server.baseUrl() + route, QJsonObject{}, std::nullopt, into(transport));
@@ -137,7 +132,7 @@ private slots:
 
         Outcome<int> mapped;
         Lumora::sharedInstance().requestRecordViewingHistory(
-            QStringLiteral("p"), QStringLiteral("c"), [&] { mapped.set(-1); },
+            "p", "c", [&] { mapped.set(-1); },
             [&](const RequestError& e) { mapped.set(int(std::get<RequestStatusError>(e))); });
         QTRY_COMPARE(mapped.calls.load(), 1);
         QCOMPARE(mapped.get(), error);
@@ -146,8 +141,8 @@ private slots:
     void unusablePaths() {
         // A POST that cannot form a URL answers at once, on the calling thread, with no response.
         Outcome<Result> post;
-        NetworkingService::sharedInstance().performPostRequest(
-            QStringLiteral("not a url"), QJsonObject{}, std::nullopt, into(post));
+        NetworkingService::sharedInstance().performPostRequest("not a url", QJsonObject{},
+                                                               std::nullopt, into(post));
         QCOMPARE(post.calls.load(), 1);
         QVERIFY(post.onMainThread);
         QVERIFY(!post.get().response);
@@ -155,12 +150,11 @@ private slots:
         // A GET that cannot form a URL is dropped silently: a later request completes, it never
         // does.
         Outcome<Result> silent;
-        NetworkingService::sharedInstance().performGetRequest(QStringLiteral("::"), std::nullopt,
-                                                              std::nullopt, into(silent));
+        NetworkingService::sharedInstance().performGetRequest("::", std::nullopt, std::nullopt,
+                                                              into(silent));
         Outcome<Result> later;
         NetworkingService::sharedInstance().performGetRequest(
-            m_server.baseUrl() + QStringLiteral("/dev/events"), std::nullopt, std::nullopt,
-            into(later));
+            m_server.baseUrl() + "/dev/events", std::nullopt, std::nullopt, into(later));
         QTRY_COMPARE(later.calls.load(), 1);
         QCoreApplication::processEvents();
         QCOMPARE(silent.calls.load(), 0);
@@ -198,7 +192,7 @@ private slots:
         QFETCH(int, result);
         QFETCH(QString, logLine);
         if (!fault.isEmpty()) {
-            m_server.setFault(QStringLiteral("/api/app/channel/channelsForUser"), fault);
+            m_server.setFault("/api/app/channel/channelsForUser", fault);
         }
         LumoraTest::LogCapture log;
         Outcome<int> channels;
@@ -221,7 +215,7 @@ private slots:
         options.tls = true;
         LumoraTest::DevServer secure(options);
         QVERIFY(secure.isRunning());
-        QVERIFY(secure.baseUrl().startsWith(QStringLiteral("https://")));
+        QVERIFY(secure.baseUrl().startsWith("https://"));
         const QString url = secure.baseUrl() + QStringLiteral("/api/app/channel/channelsForUser");
 
         Outcome<Result> untrusted;
@@ -237,7 +231,7 @@ private slots:
         // Qt keeps the refused connection for that host name, so come back by the other name the
         // certificate carries.
         QString byName = url;
-        byName.replace(QStringLiteral("127.0.0.1"), QStringLiteral("localhost"));
+        byName.replace("127.0.0.1", "localhost");
         Outcome<Result> trusted;
         NetworkingService::sharedInstance().performGetRequest(byName, std::nullopt, std::nullopt,
                                                               into(trusted));
@@ -246,7 +240,7 @@ private slots:
         QCOMPARE(trusted.get().response->statusCode,
                  401);  // reached the server: the key is not its key
         // The server's certificate holds for 127.0.0.1 too, where its control routes are asked.
-        QCOMPARE(secure.requests().last()[QStringLiteral("status")].toInt(), 401);
+        QCOMPARE(secure.requests().last()["status"].toInt(), 401);
     }
 };
 

@@ -40,15 +40,15 @@ private slots:
         // Every line at or above the threshold arrives unchanged, with its message type.
         LumoraTest::LogCapture capture;
         const QString text = QStringLiteral("LumoraSDK.Lumora - 100% %s %d \"quoted\" ünïcode");
-        logger.log(text + QStringLiteral(" info"), LogLevel::info);
-        logger.log(text + QStringLiteral(" debug"), LogLevel::debug);
-        logger.log(text + QStringLiteral(" error"), LogLevel::error);
-        logger.log(text + QStringLiteral(" fault"), LogLevel::fault);
+        logger.log(text + " info", LogLevel::info);
+        logger.log(text + " debug", LogLevel::debug);
+        logger.log(text + " error", LogLevel::error);
+        logger.log(text + " fault", LogLevel::fault);
         const QList<QPair<QtMsgType, QString>> expected = QList<QPair<QtMsgType, QString>>{
-            {QtInfoMsg, text + QStringLiteral(" info")},
-            {QtDebugMsg, text + QStringLiteral(" debug")},
-            {QtWarningMsg, text + QStringLiteral(" error")},
-            {QtCriticalMsg, text + QStringLiteral(" fault")}}.mid(level);
+            {QtInfoMsg, text + " info"},
+            {QtDebugMsg, text + " debug"},
+            {QtWarningMsg, text + " error"},
+            {QtCriticalMsg, text + " fault"}}.mid(level);
         QCOMPARE(capture.lines(), expected);
         qunsetenv(Logger::kLevelVariable);
     }

@@ -13,18 +13,14 @@ private slots:
         QStringList heard;
         int first = 0;
         int second = 0;
-        center.addObserver(&first, QStringLiteral("ready"), [&](const Notification& n) {
-            heard << QStringLiteral("first:%1")
-                         .arg(n.userInfo.value(QStringLiteral("mediaIndex")).toInt());
+        center.addObserver(&first, "ready", [&](const Notification& n) {
+            heard << QStringLiteral("first:%1").arg(n.userInfo.value("mediaIndex").toInt());
         });
-        center.addObserver(&second, QStringLiteral("ready"), [&](const Notification& n) {
-            heard << QStringLiteral("second:%1")
-                         .arg(n.userInfo.value(QStringLiteral("isReady")).toBool());
+        center.addObserver(&second, "ready", [&](const Notification& n) {
+            heard << QStringLiteral("second:%1").arg(n.userInfo.value("isReady").toBool());
         });
-        center.addObserver(&second, QStringLiteral("other"),
-                           [&](const Notification&) { heard << "other"; });
-        center.post(QStringLiteral("ready"),
-                    {{QStringLiteral("mediaIndex"), 4}, {QStringLiteral("isReady"), true}});
+        center.addObserver(&second, "other", [&](const Notification&) { heard << "other"; });
+        center.post("ready", {{"mediaIndex", 4}, {"isReady", true}});
         QCOMPARE(heard, QStringList({"first:4", "second:1"}));
     }
 
@@ -36,15 +32,15 @@ private slots:
             center.addObserver(&observer, QLatin1String(name),
                                [&](const Notification&) { ++calls; });
         }
-        center.removeObserver(&observer, QStringLiteral("a"));
-        center.post(QStringLiteral("a"));
-        center.post(QStringLiteral("b"));
+        center.removeObserver(&observer, "a");
+        center.post("a");
+        center.post("b");
         QCOMPARE(calls, 1);
         center.removeObserver(&observer);
-        center.post(QStringLiteral("b"));
-        center.post(QStringLiteral("c"));
+        center.post("b");
+        center.post("c");
         QCOMPARE(calls, 1);
-        QCOMPARE(center.observerCount(QStringLiteral("c")), 0);
+        QCOMPARE(center.observerCount("c"), 0);
     }
 
     void observerRemovedDuringPostIsNotCalled() {
@@ -52,11 +48,10 @@ private slots:
         int first = 0;
         int second = 0;
         int secondCalls = 0;
-        center.addObserver(&first, QStringLiteral("x"),
+        center.addObserver(&first, "x",
                            [&](const Notification&) { center.removeObserver(&second); });
-        center.addObserver(&second, QStringLiteral("x"),
-                           [&](const Notification&) { ++secondCalls; });
-        center.post(QStringLiteral("x"));
+        center.addObserver(&second, "x", [&](const Notification&) { ++secondCalls; });
+        center.post("x");
         QCOMPARE(secondCalls, 0);
     }
 
@@ -64,13 +59,12 @@ private slots:
         NotificationCenter center;
         QStringList heard;
         int observer = 0;
-        center.addObserver(&observer, QStringLiteral("outer"), [&](const Notification&) {
+        center.addObserver(&observer, "outer", [&](const Notification&) {
             heard << "outer";
-            center.addObserver(&observer, QStringLiteral("inner"),
-                               [&](const Notification&) { heard << "inner"; });
-            center.post(QStringLiteral("inner"));
+            center.addObserver(&observer, "inner", [&](const Notification&) { heard << "inner"; });
+            center.post("inner");
         });
-        center.post(QStringLiteral("outer"));
+        center.post("outer");
         QCOMPARE(heard, QStringList({"outer", "inner"}));
     }
 };

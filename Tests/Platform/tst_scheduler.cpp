@@ -18,10 +18,10 @@ private slots:
 
     void firesInOrderOfDueTimeThenScheduling() {
         QStringList fired;
-        MainQueue::asyncAfter(0.3, [&] { fired << QStringLiteral("c"); });
-        MainQueue::asyncAfter(0.1, [&] { fired << QStringLiteral("a"); });
-        MainQueue::async([&] { fired << QStringLiteral("first"); });
-        MainQueue::asyncAfter(0.1, [&] { fired << QStringLiteral("b"); });
+        MainQueue::asyncAfter(0.3, [&] { fired << "c"; });
+        MainQueue::asyncAfter(0.1, [&] { fired << "a"; });
+        MainQueue::async([&] { fired << "first"; });
+        MainQueue::asyncAfter(0.1, [&] { fired << "b"; });
         QVERIFY(fired.isEmpty());  // nothing runs until time moves
         m_clock.advance(0.1);
         QCOMPARE(fired, QStringList({"first", "a", "b"}));

@@ -22,8 +22,8 @@ int writeForever(const QString& path) {
         for (int c = 0; c < 200; ++c) {
             pages.insert(QStringLiteral("channel-%1").arg(c), int(i % 97));
         }
-        store.setValue(QStringLiteral("Lumora.channelInitialPageMapping"), pages);
-        store.setValue(QStringLiteral("counter"), i);
+        store.setValue("Lumora.channelInitialPageMapping", pages);
+        store.setValue("counter", i);
         if (i == 0) {
             fputs("writing\n", stdout);
             fflush(stdout);

@@ -18,7 +18,7 @@ public:
     double opacity = 0;
     QPointF center{0, 0};
     QColor color{Qt::black};
-    QString text{QStringLiteral("before")};
+    QString text{"before"};
 };
 
 class ViewAnimationTest : public QObject {
@@ -35,17 +35,17 @@ private slots:
                                {{&target, "opacity", 1.0},
                                 {&target, "center", QPointF(100, 40)},
                                 {&target, "color", QColor(Qt::white)},
-                                {&target, "text", QStringLiteral("after")}},
+                                {&target, "text", "after"}},
                                [&](bool finished) { completions << finished; });
         m_clock.advance(0.1);
         QVERIFY(target.opacity > 0.3 && target.opacity < 0.7);  // eased, halfway through
-        QCOMPARE(target.text, QStringLiteral("before"));        // not interpolated: set at the end
+        QCOMPARE(target.text, "before");                        // not interpolated: set at the end
         QVERIFY(completions.isEmpty());
         m_clock.advance(0.1);  // the end lands exactly on time, whatever the frame rhythm
         QCOMPARE(target.opacity, 1.0);
         QCOMPARE(target.center, QPointF(100, 40));
         QCOMPARE(target.color, QColor(Qt::white));
-        QCOMPARE(target.text, QStringLiteral("after"));
+        QCOMPARE(target.text, "after");
         QCOMPARE(completions, QList<bool>{true});
         m_clock.advance(1);
         QCOMPARE(completions.size(), 1);

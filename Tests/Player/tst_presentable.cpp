@@ -23,7 +23,7 @@ public:
 
     void viewDidLoad() override {
         PresentableViewController::viewDidLoad();
-        outlet<QQuickItem>(QStringLiteral("keep"));
+        outlet<QQuickItem>("keep");
         record("viewDidLoad");
     }
     void viewWillAppear(bool animated) override { record("viewWillAppear", animated); }
@@ -44,7 +44,7 @@ class MissingOutletViewController : public PresentableViewController {
 public:
     void viewDidLoad() override {
         PresentableViewController::viewDidLoad();
-        outlet<QQuickItem>(QStringLiteral("closeButton"));
+        outlet<QQuickItem>("closeButton");
     }
 };
 

@@ -25,19 +25,18 @@ using namespace LumoraSDK;
 /// A channel "id" of image pages "id-1", "id-2", ... shown `duration` seconds each.
 inline QJsonObject imageChannelJson(RowTest::Fixture& fixture, const QString& id,
                                     const QString& status, int pageCount, int duration = 1,
-                                    const QString& imagePath = QStringLiteral("avatars/hi.png")) {
-    QJsonObject channel =
-        RowTest::channelJson(id, QStringLiteral("Channel ") + id, status,
-                             fixture.mediaUrl(QStringLiteral("avatars/welcome.png")));
+                                    const QString& imagePath = "avatars/hi.png") {
+    QJsonObject channel = RowTest::channelJson(id, QStringLiteral("Channel ") + id, status,
+                                               fixture.mediaUrl("avatars/welcome.png"));
     QJsonArray pages;
     for (int i = 1; i <= pageCount; ++i) {
-        pages.append(QJsonObject{{QStringLiteral("id"), QStringLiteral("%1-%2").arg(id).arg(i)},
-                                 {QStringLiteral("type"), QStringLiteral("image")},
-                                 {QStringLiteral("duration"), duration},
-                                 {QStringLiteral("sortOrder"), i},
-                                 {QStringLiteral("url"), fixture.mediaUrl(imagePath)}});
+        pages.append(QJsonObject{{"id", QStringLiteral("%1-%2").arg(id).arg(i)},
+                                 {"type", "image"},
+                                 {"duration", duration},
+                                 {"sortOrder", i},
+                                 {"url", fixture.mediaUrl(imagePath)}});
     }
-    channel.insert(QStringLiteral("pages"), pages);
+    channel.insert("pages", pages);
     return channel;
 }
 
@@ -45,16 +44,16 @@ inline QJsonObject imageChannelJson(RowTest::Fixture& fixture, const QString& id
 inline QStringList eventLines(RowTest::Fixture& fixture) {
     QStringList lines;
     for (const QJsonValue& value : fixture.server().events()) {
-        const QJsonObject body = value.toObject().value(QStringLiteral("body")).toObject();
-        if (body.contains(QStringLiteral("activityItemType"))) {
+        const QJsonObject body = value.toObject().value("body").toObject();
+        if (body.contains("activityItemType")) {
             lines << QStringLiteral("%1 %2 %3")
-                         .arg(body.value(QStringLiteral("activityItemType")).toString(),
-                              body.value(QStringLiteral("channelStoryId")).toString(),
-                              body.value(QStringLiteral("pageStoryId")).toString());
+                         .arg(body.value("activityItemType").toString(),
+                              body.value("channelStoryId").toString(),
+                              body.value("pageStoryId").toString());
         } else {
             lines << QStringLiteral("history %1 %2")
-                         .arg(body.value(QStringLiteral("ChannelStoryId")).toString(),
-                              body.value(QStringLiteral("pageStoryId")).toString());
+                         .arg(body.value("ChannelStoryId").toString(),
+                              body.value("pageStoryId").toString());
         }
     }
     return lines;

@@ -1,7 +1,6 @@
 // The page player on its own in an offscreen window: which page a channel opens at, what it
 // remembers in the defaults store, and how viewing a page moves that memory on.
 
-
 #include "PlayerTestSupport.h"
 #include "Views/ChannelMediaCollectionViewCell.h"
 
@@ -153,8 +152,7 @@ private slots:
         QFETCH(int, storedAfter);
         QFETCH(QString, readAfter);
         const QString id = QStringLiteral("view-%1").arg(QTest::currentDataTag());
-        PlayerScene scene(makeChannel(id, pageCount, std::nullopt, QStringLiteral("unread")),
-                          false);
+        PlayerScene scene(makeChannel(id, pageCount, std::nullopt, "unread"), false);
         m_fixture->settle();
         scene.player->scrollMediaCollection(viewing, false);
         QCOMPARE(scene.player->currentIndex(), viewing);
@@ -172,7 +170,7 @@ private slots:
     void runningOffTheEndsOfAChannel() {
         // Without a host, the ends only record; the first page does not go anywhere.
         const QString id = QStringLiteral("ends");
-        PlayerScene scene(makeChannel(id, 2, std::nullopt, QStringLiteral("unread")));
+        PlayerScene scene(makeChannel(id, 2, std::nullopt, "unread"));
         m_fixture->settle();
         const int eventsBefore = int(m_fixture->server().events().size());
         scene.player->goToPreviousPage();
@@ -204,11 +202,11 @@ private slots:
         QFETCH(QString, text);
         QFETCH(bool, showUi);
         QFETCH(bool, shown);
-        Channel channel = makeChannel(QStringLiteral("pill"), 1, std::nullopt, "unread");
+        Channel channel = makeChannel("pill", 1, std::nullopt, "unread");
         channel.pages[0].swipeUpUrl = url;
         channel.pages[0].swipeUpText = text;
         channel.pages[0].showSwipeUpUI = showUi;
-        channel.pages[0].url = m_fixture->mediaUrl(QStringLiteral("avatars/hi.png"));
+        channel.pages[0].url = m_fixture->mediaUrl("avatars/hi.png");
         PlayerScene scene(channel);
         QVERIFY(m_fixture->settleUntil(nullptr, [&] {
             auto* cell = scene.player->getVisibleMediaCell(0);
@@ -222,13 +220,12 @@ private slots:
         QCOMPARE(scene.player->learnMoreContainerView()->isVisible(), shown);
         if (shown) {
             QCOMPARE(scene.player->learnMoreButtonText()->property("text").toString(),
-                     QStringLiteral("LEARN MORE"));
+                     "LEARN MORE");
         }
     }
 
     void learnMoreAnimationWaitsAndCanBeCancelled() {
-        PlayerScene scene(makeChannel(QStringLiteral("pill-timing"), 1, std::nullopt, "unread"),
-                          false);
+        PlayerScene scene(makeChannel("pill-timing", 1, std::nullopt, "unread"), false);
         m_fixture->clock.advance(0.02);
         QQuickItem* pill = scene.player->learnMoreContainerView();
         QCOMPARE(pill->isVisible(), false);

@@ -2,7 +2,6 @@
 // closes or springs back, the swipe up into the page's link, and real pointer and key events on
 // the offscreen player checked through the page, the page timer and the server's events.
 
-
 #include "PlayerTestSupport.h"
 #include "ViewControllers/WebViewController.h"
 
@@ -17,16 +16,16 @@ namespace {
 /// Three image pages of `duration` seconds; the second can be made unskippable.
 QJsonObject channelJson(Fixture& env, const QString& id, bool secondSkippable = true,
                         const QString& link = QString()) {
-    QJsonObject channel = imageChannelJson(env, id, QStringLiteral("unread"), 3, 10);
-    QJsonArray pages = channel.value(QStringLiteral("pages")).toArray();
+    QJsonObject channel = imageChannelJson(env, id, "unread", 3, 10);
+    QJsonArray pages = channel.value("pages").toArray();
     QJsonObject second = pages.at(1).toObject();
-    second.insert(QStringLiteral("skippable"), secondSkippable);
+    second.insert("skippable", secondSkippable);
     if (!link.isEmpty()) {
-        second.insert(QStringLiteral("swipeUpUrl"), link);
-        second.insert(QStringLiteral("swipeUpText"), QStringLiteral("More"));
+        second.insert("swipeUpUrl", link);
+        second.insert("swipeUpText", "More");
     }
     pages.replace(1, second);
-    channel.insert(QStringLiteral("pages"), pages);
+    channel.insert("pages", pages);
     return channel;
 }
 }  // namespace
@@ -143,7 +142,7 @@ private slots:
         QFETCH(QList<qreal>, path);
         QFETCH(qreal, scale);
         QFETCH(bool, closes);
-        QVERIFY(openOnSecondPage(QStringLiteral("pan")));
+        QVERIFY(openOnSecondPage("pan"));
         ChannelsHostViewController* host = m_h->host();
         const qreal height = host->view()->height();
         host->onPan(GestureState::Began, 0);
@@ -171,7 +170,7 @@ private slots:
     void swipeUpOpensTheLinkOnce() {
         QFETCH(QString, link);
         QFETCH(int, viewers);
-        QVERIFY(openOnSecondPage(QStringLiteral("up"), true, link));
+        QVERIFY(openOnSecondPage("up", true, link));
         ChannelsHostViewController* host = m_h->host();
         host->onButtonHold(GestureState::Began, Target::Next);
         host->onPan(GestureState::Began, 0);

@@ -21,16 +21,15 @@ namespace {
 /// A channel whose first page is the 6-second demo video "music/page-1.mp4" and whose second is
 /// an image.
 QJsonObject videoChannelJson(Fixture& env, const QString& id) {
-    QJsonObject channel = imageChannelJson(env, id, QStringLiteral("unread"), 2, 5);
-    QJsonArray pages = channel.value(QStringLiteral("pages")).toArray();
+    QJsonObject channel = imageChannelJson(env, id, "unread", 2, 5);
+    QJsonArray pages = channel.value("pages").toArray();
     QJsonObject video = pages.at(0).toObject();
-    video.insert(QStringLiteral("type"), QStringLiteral("video"));
-    video.insert(QStringLiteral("duration"), 6);
-    video.insert(QStringLiteral("url"), env.mediaUrl(QStringLiteral("music/page-1.mp4")));
-    video.insert(QStringLiteral("playcardUrl"),
-                 env.mediaUrl(QStringLiteral("music/page-1-playcard.png")));
+    video.insert("type", "video");
+    video.insert("duration", 6);
+    video.insert("url", env.mediaUrl("music/page-1.mp4"));
+    video.insert("playcardUrl", env.mediaUrl("music/page-1-playcard.png"));
     pages.replace(0, video);
-    channel.insert(QStringLiteral("pages"), pages);
+    channel.insert("pages", pages);
     return channel;
 }
 
@@ -75,10 +74,10 @@ private slots:
     void timeUpdatesFillTheSegment() {
         QFETCH(double, at);
         QFETCH(bool, sharing);
-        VideoNode* node = openPlaying(QStringLiteral("v-time"));
+        VideoNode* node = openPlaying("v-time");
         QVERIFY(node);
         ChannelViewController& player = *m_h->player();
-        QCOMPARE(player.getVideoNodeUrl(), m_env->mediaUrl(QStringLiteral("music/page-1.mp4")));
+        QCOMPARE(player.getVideoNodeUrl(), m_env->mediaUrl("music/page-1.mp4"));
         player.isSharing = sharing;
         player.videoNodeDidPlayToTimeInterval(*node, at * *node->currentItemDuration());
         // Updates queued by earlier real ticks run first; this one lands last.
@@ -90,7 +89,7 @@ private slots:
     }
 
     void aStallDimsUntilTheNextUpdate() {
-        VideoNode* node = openPlaying(QStringLiteral("v-stall"));
+        VideoNode* node = openPlaying("v-stall");
         QVERIFY(node);
         ChannelViewController& player = *m_h->player();
         LumoraTest::LogCapture log;
@@ -98,14 +97,14 @@ private slots:
         QCOMPARE(player.videoContainerView()->opacity(), 0.8);
         QVERIFY(!player.mediaCollectionView()->isVisible());
         QVERIFY(log.contains(QStringLiteral("videoNode ") + player.getVideoNodeUrl() +
-                             QStringLiteral(" - didStallAtTimeInterval 1.5")));
+                             " - didStallAtTimeInterval 1.5"));
         player.videoNodeDidPlayToTimeInterval(*node, 1.6);
         QCOMPARE(player.videoContainerView()->opacity(), 1.0);
         QVERIFY(player.mediaCollectionView()->isVisible());
     }
 
     void theVideosLengthEndsThePageOnce() {
-        VideoNode* node = openPlaying(QStringLiteral("v-end"));
+        VideoNode* node = openPlaying("v-end");
         QVERIFY(node);
         int seen = int(eventLines(*m_env).size());
         // Close to the end, then the real playback runs out.
@@ -127,7 +126,7 @@ private slots:
     void aVolumeKeyTurnsTheSoundOnUntilThePlayerCloses() {
         AudioSession& audio = AudioSession::sharedInstance();
         audio.setCategory(AudioSession::Category::SoloAmbient, AudioSession::Mode::Default, 0);
-        VideoNode* node = openPlaying(QStringLiteral("v-sound"));
+        VideoNode* node = openPlaying("v-sound");
         QVERIFY(node);
         QVERIFY(node->isMuted());  // silent until asked, like a phone with its ringer off
         QTest::keyClick(&m_h->scene()->window, Qt::Key_VolumeUp);
@@ -145,12 +144,10 @@ private slots:
         // viewer taps once it is ready.
         const QString url = m_env->mediaUrl(QStringLiteral("music/page-1.mp4"));
         LumoraTest::LogCapture log;
-        VideoNode* node = openPlaying(QStringLiteral("v-cache"), [&] {
-            return VideoPrefetchService::cachedVideoUrls().contains(url);
-        });
+        VideoNode* node = openPlaying(
+            "v-cache", [&] { return VideoPrefetchService::cachedVideoUrls().contains(url); });
         QVERIFY(node);
-        QVERIFY(log.contains(QStringLiteral(" loadVideo - ") + url +
-                             QStringLiteral(" video is ready")));
+        QVERIFY(log.contains(QStringLiteral(" loadVideo - ") + url + " video is ready"));
         QVERIFY(!log.contains(QStringLiteral("no cached AVPlayerItem for ") + url));
     }
 };

@@ -35,7 +35,7 @@ inline QJsonObject channelJson(const QString& id, const QString& title, const QS
                                const QString& pictureUrl) {
     QJsonObject channel{{"id", id}, {"title", title}, {"profilePictureUrl", pictureUrl}};
     if (!status.isEmpty()) {
-        channel.insert(QStringLiteral("status"), status);
+        channel.insert("status", status);
     }
     return channel;
 }
@@ -72,7 +72,7 @@ public:
     /// Registers a user with the server; wait for isReady() before loading channels.
     Fixture() {
         Lumora::sharedInstance().setUserDetails(
-            UserInput{QStringLiteral("row-viewer")}, [this] { m_registered.set(true); },
+            UserInput{"row-viewer"}, [this] { m_registered.set(true); },
             [this](const RequestError&) { m_registered.set(false); });
         Scheduler::setCurrent(&clock);
     }
@@ -269,7 +269,7 @@ private slots:
 inline QStringList idsOf(const QList<Channel>& channels) {
     QStringList ids;
     for (const Channel& channel : channels) {
-        ids.append(channel.id.value_or(QStringLiteral("-")));
+        ids.append(channel.id.value_or("-"));
     }
     return ids;
 }

@@ -44,9 +44,8 @@ QColor nearestAtEdge(const QImage& image, const QQuickItem* frame, bool top,
 
 /// A round cell made from its interface file, outside any row: never set up, so no index.
 LumoraRowViewCellRound* standaloneCell(QQmlEngine& engine, QQuickItem* parent) {
-    QQmlComponent component(
-        &engine,
-        QUrl(QStringLiteral("qrc:/LumoraSDK/LumoraSDK.bundle/LumoraRowViewCellRound.qml")));
+    QQmlComponent component(&engine,
+                            QUrl("qrc:/LumoraSDK/LumoraSDK.bundle/LumoraRowViewCellRound.qml"));
     auto* cell = qobject_cast<LumoraRowViewCellRound*>(component.beginCreate(engine.rootContext()));
     if (cell) {
         cell->setParentItem(parent);
@@ -119,7 +118,7 @@ private slots:
         QFETCH(QString, pictureUrl);
         QFETCH(QString, ring);
         QFETCH(bool, shown);
-        const QColor primary(QStringLiteral("#1e90ff"));
+        const QColor primary("#1e90ff");
         Branding branding{primary.name(), std::nullopt};
         if (!secondary.isEmpty()) {
             branding.secondaryColor = secondary;
@@ -222,8 +221,7 @@ private slots:
         m_env->clock.advance(LumoraRowViewCell::kPopHalfDuration * 2);
         QCOMPARE(cell->contentView()->scale(), 1.0);
         QVERIFY(m_presented.isEmpty());
-        QVERIFY(log.contains(
-            QStringLiteral("LumoraSDK.LumoraRowViewCellRound - openChannelsHost invalid index ")));
+        QVERIFY(log.contains("LumoraSDK.LumoraRowViewCellRound - openChannelsHost invalid index "));
     }
 
     void titlesLayOutWithinTheCell_data() {
@@ -240,20 +238,19 @@ private slots:
         row("round, 500 characters without a space", "round", QString(500, QLatin1Char('w')),
             false);
         row("round, 500 characters in words", "round", words, false);
-        row("round, right to left", "round", QStringLiteral("חדשות הערב והבוקר של היום"), false);
-        row("round, emoji", "round", QStringLiteral("🎉🔥"), true);
+        row("round, right to left", "round", "חדשות הערב והבוקר של היום", false);
+        row("round, emoji", "round", "🎉🔥", true);
         row("square, 500 characters in words", "square", words, false);
-        row("square, right to left", "square", QStringLiteral("قناة الأخبار العاجلة اليوم"), false);
+        row("square, right to left", "square", "قناة الأخبار العاجلة اليوم", false);
     }
 
     void titlesLayOutWithinTheCell() {
         QFETCH(QString, cellType);
         QFETCH(QString, title);
         QFETCH(bool, secondLineAdded);
-        auto scene =
-            m_env->loadedScene({channelJson("t", title, "unread",
-                                            m_env->mediaUrl(QStringLiteral("avatars/tips.png")))},
-                               QStringLiteral("cellType: '%1'").arg(cellType), QSize(390, 160));
+        auto scene = m_env->loadedScene(
+            {channelJson("t", title, "unread", m_env->mediaUrl("avatars/tips.png"))},
+            QStringLiteral("cellType: '%1'").arg(cellType), QSize(390, 160));
         QVERIFY(scene);
         LumoraRowViewCell* cell = scene->visibleCells().value(0);
         QVERIFY(cell);
@@ -299,7 +296,7 @@ private slots:
         strip.setContentOffset(QPointF(end, 0));
         m_env->settle(scene->row.get());
         collect();
-        QCOMPARE(scene->visibleTitles().last(), QStringLiteral("Channel 999"));
+        QCOMPARE(scene->visibleTitles().last(), "Channel 999");
         QCOMPARE(scene->visibleCells().last()->currentIndex(), std::optional<int>(999));
         // The visible cells, the list's cache on both sides, and the few in the reuse pools.
         const int created = int(cells.size()) + destroyed;

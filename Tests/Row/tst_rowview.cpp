@@ -14,14 +14,14 @@ namespace {
 class DelegateLog : public LumoraRowViewDelegate {
 public:
     QStringList events;
-    void onChannelsDataLoadStarted() override { events << QStringLiteral("started"); }
+    void onChannelsDataLoadStarted() override { events << "started"; }
     void onChannelsDataLoadComplete(bool success, const std::optional<RequestError>& error,
                                     int dataCount) override {
         events << QStringLiteral("complete %1 %2 %3")
                       .arg(success ? "ok" : "failed", error ? describe(*error) : "no-error")
                       .arg(dataCount);
     }
-    void onChannelDismissed() override { events << QStringLiteral("dismissed"); }
+    void onChannelDismissed() override { events << "dismissed"; }
 };
 
 }  // namespace
@@ -87,8 +87,8 @@ private slots:
             QCOMPARE(scene->visibleTitles()[i], expected[i].title.value_or(QString()));
             QCOMPARE(cells[i]->isActive(), !expected[i].isRead());
         }
-        QVERIFY(log.contains(QStringLiteral("LumoraSDK.LumoraRowView - reloadData")));
-        QVERIFY(log.contains(QStringLiteral("LumoraSDK.LumoraRowView - requestGetChannels OK")));
+        QVERIFY(log.contains("LumoraSDK.LumoraRowView - reloadData"));
+        QVERIFY(log.contains("LumoraSDK.LumoraRowView - requestGetChannels OK"));
         // The resume pages' videos are prepared ahead, in channel order.
         const QStringList videos =
             getInitialPageVideoUrls(expected, DatabaseService::sharedInstance());
@@ -136,7 +136,7 @@ private slots:
                  QStringList({"started", QStringLiteral("complete failed %1 %2")
                                              .arg(describe(RequestStatusError::InternalServerError))
                                              .arg(shared)}));
-        QVERIFY(log.contains(QStringLiteral("LumoraSDK.LumoraRowView - requestGetChannels - ")));
+        QVERIFY(log.contains("LumoraSDK.LumoraRowView - requestGetChannels - "));
         QCOMPARE(scene->strip().numberOfItems(0), sharedListKept ? 7 : 5);
         for (LumoraRowViewCell* cell : scene->visibleCells()) {
             QCOMPARE(cell->isPlaceholder(), !sharedListKept);

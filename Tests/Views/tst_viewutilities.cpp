@@ -62,7 +62,7 @@ private slots:
         view.childItems()[2]->setProperty("restorationIdentifier", names[2]);
         if (index >= 0) {
             auto* layer = new ShapeLayer();
-            layer->setObjectName(QStringLiteral("new"));
+            layer->setObjectName("new");
             layer->insertInto(&view, index);
         } else if (index == -2) {
             qobject_cast<Layer*>(view.childItems()[0])->insertInto(&view, 2);
@@ -132,14 +132,14 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<qreal>("width");
         QTest::addColumn<QFont>("font");
-        QFont small(QStringLiteral("DejaVu Sans"));
+        QFont small("DejaVu Sans");
         small.setPixelSize(14);
-        QFont inter(QStringLiteral("Inter"));
+        QFont inter("Inter");
         inter.setPointSizeF(11.5);
         QFont large;
         large.setPointSize(22);
         const QString title =
-            QStringLiteral("Weekend recipes for busy people who still like to cook something nice");
+            "Weekend recipes for busy people who still like to cook something nice";
         QTest::newRow("long text, narrow label") << title << 90.0 << small;
         QTest::newRow("long text, Inter 11.5pt") << title << 120.0 << inter;
         QTest::newRow("two words, large font") << "Fitness studio" << 110.0 << large;

@@ -175,7 +175,7 @@ private slots:
         QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, true);
         QCOMPARE(log.count(webEnginePrepared
                                ? QStringLiteral("refusing to open \"%1\"").arg(url.toString())
-                               : QStringLiteral("Qt WebEngine was not prepared")),
+                               : "Qt WebEngine was not prepared"),
                  1);
         QVERIFY(!screen || !screen->webView());
         m_clock.advance(PresentationStack::kPresentationDuration);
@@ -190,7 +190,7 @@ private slots:
         m_window->resize(375, 812);
         QPointer<WebViewController> screen = present(pageUrl());
         QTRY_COMPARE_WITH_TIMEOUT(screen->pageTitle()->property("text").toString(),
-                                  QStringLiteral("Welcome to Lumora stories"), 30000);
+                                  "Welcome to Lumora stories", 30000);
         QTRY_VERIFY_WITH_TIMEOUT(!screen->webView()->property("loading").toBool(), 30000);
         QCOMPARE(screen->pageUrl()->property("text").toString(), pageUrl().toString());
         QCOMPARE(screen->progressBar()->opacity(), 1.0);
