@@ -260,27 +260,25 @@ private Q_SLOTS:
         }
     }
 
+    // Relative media and page links become addresses on the server the request came to (the
+    // demo content test fetches every one of them); absolute ones and page flags pass as they are.
     void channelListUsesTheRequestsAddress() {
         const QJsonArray channels = api("GET", kChannels, {}, login()).json().array();
         QCOMPARE(channels.size(), 3);
-        const QString base = m_server->baseUrl();
-        const QJsonObject alpha = channels[0].toObject();
-        QCOMPARE(alpha["profilePictureUrl"].toString(), base + "/media/avatar.png");
-        const QJsonObject video = alpha["pages"][1].toObject();
-        QCOMPARE(video["url"].toString(), base + "/media/clip.mp4");
-        QCOMPARE(video["swipeUpUrl"].toString(), base + "/pages/more.html");
+        const QJsonObject video = channels[0]["pages"][1].toObject();
         QCOMPARE(video["skippable"], QJsonValue(false));
         QCOMPARE(video["showSwipeUpUi"], QJsonValue(true));
         QCOMPARE(channels[1]["profilePictureUrl"].toString(),
                  "https://cdn.example.invalid/beta.png");
-
-        // Asked through "localhost", the links say localhost too.
-        QString viaLocalhost = base;
+        QString viaLocalhost = m_server->baseUrl();
         viaLocalhost.replace("127.0.0.1", "localhost");
         const Answer answer = send("GET", viaLocalhost + kChannels, {},
                                    {{"x-lumora-api-key", "test-api-key"},
                                     {"Authorization", "Bearer " + login().toUtf8()}});
-        QVERIFY(answer.json()[0]["profilePictureUrl"].toString().startsWith(viaLocalhost + "/"));
+        QCOMPARE(answer.json()[0]["profilePictureUrl"].toString(),
+                 viaLocalhost + "/media/avatar.png");
+        QCOMPARE(answer.json()[0]["pages"][1]["swipeUpUrl"].toString(),
+                 viaLocalhost + "/pages/more.html");
     }
 
     void readStateIsPerUser() {
@@ -463,18 +461,8 @@ private Q_SLOTS:
         QCOMPARE(api("GET", kChannels, {}, token).status, 500);
         QCOMPARE(api("GET", kChannels, {}, token).status, 500);
         QCOMPARE(api("GET", kChannels, {}, token).status, 200);
-
-        // A delay alone slows the normal answer down.
-        m_server->setFault(kChannels, {{"delayMs", 300}});
-        QElapsedTimer elapsed;
-        elapsed.start();
-        QCOMPARE(api("GET", kChannels, {}, token).status, 200);
-        QVERIFY(elapsed.elapsed() >= 300);
-
-        m_server->setFault("/api/*", {{"status", 500}});
-        m_server->reset();
-        QCOMPARE(api("POST", "/api/auth").status, 200);
-
+        // (A delay alone is what orders the pictures in tst_remoteimages; a reset clearing the
+        // faults is what every network test's init relies on.)
         const Answer bad = send("POST", m_server->baseUrl() + "/dev/faults",
                                 R"({"route": "/api/auth", "bodyKind": "enormous"})");
         QCOMPARE(bad.status, 400);
@@ -489,26 +477,18 @@ private Q_SLOTS:
                  423);
     }
 
+    // The journal keeps every request in order with what it answered (0: no answer at all, in
+    // faultAnswers); the network tests read back from it what the SDK sends.
     void requestJournal() {
-        const QByteArray body = R"({"externalId":"ann"})";
-        send("POST", m_server->baseUrl() + "/api/auth?from=test", body,
-             {{"x-lumora-api-key", "test-api-key"},
-              {"ClientPlatform", "iOS"},
-              {"accept", "application/json"}});
+        send("POST", m_server->baseUrl() + "/api/auth", "{}",
+             {{"x-lumora-api-key", "test-api-key"}});
         send("GET", m_server->baseUrl() + kChannels);
         const QJsonArray requests = m_server->requests();
         QCOMPARE(requests.size(), 2);
-        const QJsonObject auth = requests[0].toObject();
-        QCOMPARE(auth["method"].toString(), "POST");
-        QCOMPARE(auth["path"].toString(), "/api/auth");
-        QCOMPARE(auth["query"].toString(), "from=test");
-        QCOMPARE(auth["body"].toString(), QString::fromUtf8(body));
-        QCOMPARE(auth["status"].toInt(), 200);
-        const QJsonObject headers = auth["headers"].toObject();
-        QCOMPARE(headers["ClientPlatform"].toString(), "iOS");
-        QCOMPARE(headers["accept"].toString(), "application/json");
-        QCOMPARE(headers["x-lumora-api-key"].toString(), "test-api-key");
-        QVERIFY(!headers.contains("REMOTE_ADDR"));
+        QCOMPARE(requests[0]["method"].toString(), "POST");
+        QCOMPARE(requests[0]["status"].toInt(), 200);
+        QVERIFY(!requests[0]["headers"].toObject().contains("REMOTE_ADDR"));
+        QCOMPARE(requests[1]["path"].toString(), kChannels);
         QCOMPARE(requests[1]["status"].toInt(), 401);
         QVERIFY(requests[0]["seq"].toInteger() < requests[1]["seq"].toInteger());
     }
