@@ -24,6 +24,7 @@ private slots:
         QCOMPARE(heard, QStringList({"first:4", "second:1"}));
     }
 
+    // Removed observers hear nothing, also when removed by an earlier handler of the same post.
     void removedObserversHearNothing() {
         NotificationCenter center;
         int calls = 0;
@@ -41,18 +42,13 @@ private slots:
         center.post("c");
         QCOMPARE(calls, 1);
         QCOMPARE(center.observerCount("c"), 0);
-    }
 
-    void observerRemovedDuringPostIsNotCalled() {
-        NotificationCenter center;
-        int first = 0;
-        int second = 0;
-        int secondCalls = 0;
-        center.addObserver(&first, "x",
-                           [&](const Notification&) { center.removeObserver(&second); });
-        center.addObserver(&second, "x", [&](const Notification&) { ++secondCalls; });
+        int remover = 0;
+        center.addObserver(&remover, "x",
+                           [&](const Notification&) { center.removeObserver(&observer); });
+        center.addObserver(&observer, "x", [&](const Notification&) { ++calls; });
         center.post("x");
-        QCOMPARE(secondCalls, 0);
+        QCOMPARE(calls, 1);
     }
 
     void handlerMayPostAndAddObservers() {
