@@ -237,35 +237,6 @@ private:
     bool m_animationsInstalled = false;
 };
 
-/// A test case whose functions share one server and fixture, start with an empty channel list
-/// and nothing read, and record the channels the row's cells would open.
-class RowTestCase : public QObject {
-    Q_OBJECT
-
-protected:
-    std::unique_ptr<Fixture> m_env;
-    QList<int> m_presented;
-    /// Requests the server had received when the test function began.
-    qsizetype m_requestsBefore = 0;
-
-private slots:
-    void initTestCase() {
-        m_env = std::make_unique<Fixture>();
-        QTRY_VERIFY_WITH_TIMEOUT(m_env->isReady(), 20000);
-        LumoraRowViewCell::channelPresenter = [this](int index, LumoraRowView*, auto) {
-            m_presented.append(index);
-        };
-    }
-    void init() {
-        DatabaseService::sharedInstance().setAllChannelsData({});
-        DatabaseService::sharedInstance().setChannelIsReadMapping({});
-        m_env->server().clearFaults();
-        m_presented.clear();
-        m_requestsBefore = m_env->server().requests().size();
-    }
-    void cleanupTestCase() { m_env.reset(); }
-};
-
 inline QStringList idsOf(const QList<Channel>& channels) {
     QStringList ids;
     for (const Channel& channel : channels) {
