@@ -93,11 +93,9 @@ private slots:
                                      : std::optional(QList<Page>(pageCount, imagePage())));
         const int items = std::max(pageCount, 0);
         QCOMPARE(list.view.numberOfItems(0), items);
-        QCOMPARE(list.dataSource.finalIndex, items - 1);
-        list.dataSource.finalIndex = 99;
+        list.dataSource.finalIndex = 99;  // stale: the next page comes from the pages themselves
         list.dataSource.currentIndexPath = IndexPath{current, 0};
         QCOMPARE(list.dataSource.nextIndexPath(), (IndexPath{next, 0}));
-        QCOMPARE(list.dataSource.finalIndex, items - 1);
     }
 
     // Scrolling moves the current page only to a page the list has; the end of an animated

@@ -65,7 +65,6 @@ class HostHarness {
 public:
     explicit HostHarness(RowTest::Fixture& env) : m_env(env) {}
 
-    RowTest::Fixture& env() { return m_env; }
     RowTest::Scene* scene() { return m_scene.get(); }
     ChannelsHostViewController* host() const { return m_host; }
     ChannelViewController* player() const {

@@ -135,7 +135,6 @@ private slots:
             PresentableViewController::instantiateFromStoryboard<WebViewController>(m_window.get());
         screen->view()->setSize(kPhone);
         screen->observeValue(keyPath, progress);
-        QCOMPARE(screen->progressBarTrailingConstraint(), inset);
         QCOMPARE(screen->progressBar()->x() + screen->progressBar()->width(),
                  kPhone.width() - inset);
         QCOMPARE(screen->progressBar()->opacity(), opacity);
