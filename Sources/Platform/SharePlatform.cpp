@@ -26,8 +26,12 @@ ShareResult finished(const QString& type, bool completed, const QString& error =
 SharePlatform::~SharePlatform() = default;
 
 SharePlatform& SharePlatform::current() {
+    return g_installed ? *g_installed : DesktopSharePlatform::standard();
+}
+
+DesktopSharePlatform& DesktopSharePlatform::standard() {
     static DesktopSharePlatform desktop;
-    return g_installed ? *g_installed : desktop;
+    return desktop;
 }
 
 void SharePlatform::setCurrent(SharePlatform* platform) {

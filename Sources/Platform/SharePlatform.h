@@ -102,6 +102,9 @@ public:
     /// Copies give up after this many taken names ("name (2)" ... "name (999)").
     static constexpr int kMaximumCopyNumber = 999;
 
+    /// The process's desktop platform: current() unless another one is installed.
+    static DesktopSharePlatform& standard();
+
     void requestAuthorization(AuthorizationHandler handler) override;
     /// Opens settingsUrl(); with none, opens nothing.
     bool openSettings() override;
