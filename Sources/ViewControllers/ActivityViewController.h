@@ -36,8 +36,8 @@ public:
     QList<ShareItem> activityItems;
     /// Runs once the sheet has closed.
     CompletionWithItemsHandler completionWithItemsHandler;
-    /// The control the sheet belongs to. A window-wide sheet needs no anchor, so it is kept only
-    /// for hosts that place the sheet themselves.
+    /// The control the sheet was opened from. A sheet across the bottom of the window needs no
+    /// anchor; it is kept for a layout that places the sheet beside its control.
     QPointer<QQuickItem> sourceView;
 
     ImageView* previewImage() const { return m_previewImage; }

@@ -214,6 +214,10 @@ void ChannelViewController::presentSharingController(QQuickItem* sourceView,
 
 void ChannelViewController::endSharing() {
     isSharing = false;
+    // The keys go back to the player from the alert or sheet that had them.
+    if (hostController) {
+        hostController->view()->forceActiveFocus();
+    }
     resumeCurrentMedia();
 }
 

@@ -227,6 +227,31 @@ private slots:
         }
     }
 
+    void aHostsShareHandlerReplacesTheSheet() {
+        // The host answers from a thread of its own, twice; the first answer ends the share.
+        std::optional<ShareItem> handed;
+        m_platform.setShareHandler([&](const ShareItem& item, auto done) {
+            handed = item;
+            QThreadPool::globalInstance()->start([done] {
+                done({QStringLiteral("host.mail"), true, std::nullopt});
+                done({QStringLiteral("host.again"), true, std::nullopt});
+            });
+        });
+        QVERIFY(openPlaying(channelWithPage(*m_env, QStringLiteral("s5"), QStringLiteral("image"),
+                                            QStringLiteral("avatars/hi.png"))));
+        LumoraTest::LogCapture log;
+        click(m_h->host()->shareButtonHitArea());
+        QVERIFY(m_h->waitFor([&] { return !m_h->player()->isSharing; }));
+        QVERIFY(m_h->waitFor([&] { return log.contains(QStringLiteral("answered twice")); }));
+        m_h->advance(0.1);
+        m_platform.setShareHandler({});
+        QVERIFY(!presented<ActivityViewController>());
+        QVERIFY(handed && handed->isImage());
+        QCOMPARE(log.count(QStringLiteral(" completionWithItemsHandler host.")), 1);
+        QVERIFY(log.contains(QStringLiteral(" completionWithItemsHandler host.mail true nil nil")));
+        QVERIFY(m_h->waitFor([&] { return isPlaying(); }));
+    }
+
     void aRefusedPermissionOffersSettings_data() {
         QTest::addColumn<int>("choice");
         QTest::addColumn<QList<QUrl>>("opened");
