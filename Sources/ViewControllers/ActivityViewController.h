@@ -41,13 +41,11 @@ public:
     QPointer<QQuickItem> sourceView;
 
     ImageView* previewImage() const { return m_previewImage; }
-    /// The activities offered, in the sheet's order.
-    const QList<ShareActivity>& activities() const { return m_activities; }
 
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
 
-    /// Carries out activity `index` of activities() and closes the sheet; -1 closes it without
+    /// Carries out activity `index` of those offered and closes the sheet; -1 closes it without
     /// one. Only the first choice counts.
     Q_SLOT void onActivityChosen(int index);
 

@@ -192,7 +192,7 @@ private slots:
         QVERIFY(!m_h->host()->progressLoadingViewContainer()->isVisible());
         const ShareItem item = sheet->activityItems.value(0);
         QCOMPARE(item.isImage(), type == QLatin1String("image"));
-        QCOMPARE(item.image.size(), item.isImage() ? QSize(256, 256) : QSize());
+        QCOMPARE(item.image.size(), item.isImage() ? QSize(256, 256) : QSize(0, 0));
         QVERIFY(item.fileUrl.isLocalFile());
         QCOMPARE(QFileInfo(item.fileUrl.toLocalFile()).absolutePath(), m_caches->path());
         m_h->advance(1.0);
