@@ -6,6 +6,7 @@
 #include <QTextStream>
 #include <QTimer>
 
+#include "ViewControllers/ActivityViewController.h"
 #include "ViewControllers/ChannelsHostViewController.h"
 #include "ViewControllers/InstructionsViewController.h"
 #include "Views/LumoraRowView.h"
@@ -17,6 +18,10 @@ constexpr int kSettleMs = 2500;
 constexpr int kGiveUpMs = 60000;
 // Half-way through the 0.3 s turn between two channels.
 constexpr int kMidTurnMs = 150;
+// How often the tour looks for the share sheet while the page's media downloads, and the time
+// the sheet takes to fade in.
+constexpr int kPollMs = 100;
+constexpr int kSheetFadeMs = 600;
 constexpr int kPlayerChannel = 2;
 const QSet<QString> kRows{QStringLiteral("round"), QStringLiteral("square")};
 }  // namespace
@@ -99,14 +104,39 @@ void Showcase::capturePlayer() {
         if (overlay) {
             overlay->onStartButtonPressed();
         }
-        step(QStringLiteral("player-mid-page"), kSettleMs, [step](auto& host) {
+        step(QStringLiteral("player-mid-page"), kSettleMs, [this, step](auto& host) {
             host.onChannelNextLimit();
-            step(QStringLiteral("player-mid-cube-turn"), kMidTurnMs, [step](auto&) {
+            step(QStringLiteral("player-mid-cube-turn"), kMidTurnMs, [this, step](auto&) {
                 step(QStringLiteral("player-video-page"), kSettleMs,
-                     [](auto&) { QCoreApplication::exit(0); });
+                     [this](auto& host) { captureShareSheet(host); });
             });
         });
     });
+}
+
+void Showcase::captureShareSheet(LumoraSDK::ChannelsHostViewController& host) {
+    using namespace LumoraSDK;
+    // The video page is shared: the player pauses, downloads the video and offers the sheet.
+    host.onShareButtonHitAreaPressed();
+    QPointer<ChannelsHostViewController> player(&host);
+    auto* poll = new QTimer(this);
+    poll->setInterval(kPollMs);
+    connect(poll, &QTimer::timeout, this, [this, poll, player] {
+        auto* sheet = player
+                          ? qobject_cast<ActivityViewController*>(player->presentedViewController())
+                          : nullptr;
+        if (!sheet) {
+            return;  // the give-up timer ends the tour if it never comes
+        }
+        poll->deleteLater();
+        poll->stop();
+        QTimer::singleShot(kSheetFadeMs, this, [this] {
+            if (grab(QStringLiteral("player-share-sheet"))) {
+                QCoreApplication::exit(0);
+            }
+        });
+    });
+    poll->start();
 }
 
 bool Showcase::grab(const QString& name) {

@@ -10,6 +10,10 @@
 
 #include "Models/DemoData.h"
 
+namespace LumoraSDK {
+class ChannelsHostViewController;
+}
+
 /// The showcase host: a mock application screen around two story rows, built from a demo
 /// configuration. It can also render itself to PNG files and quit, for documentation and CI.
 class Showcase : public QObject {
@@ -57,6 +61,7 @@ private:
     void captureWhenSettled(const QString& name, std::function<void()> next);
     /// Opens the player on a channel and captures it mid-page and mid-turn to the next channel.
     void capturePlayer();
+    void captureShareSheet(LumoraSDK::ChannelsHostViewController& host);
     bool grab(const QString& name);
 
     LumoraSDK::DemoData m_configuration;

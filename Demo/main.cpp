@@ -10,6 +10,7 @@
 
 #include "Lumora.h"
 #include "Platform/UserDefaults.h"
+#include "Services/NetworkingService.h"
 #include "Showcase.h"
 
 using namespace LumoraSDK;
@@ -48,6 +49,9 @@ int main(int argc, char* argv[]) {
     if (!directory.isEmpty()) {
         UserDefaults::setStandardLocation(
             freshInstallation.filePath(QStringLiteral("LumoraDefaults.json")));
+        // Shared media too: a file kept from an earlier run would refuse the tour's share.
+        NetworkingService::sharedInstance().setCachesDirectory(
+            freshInstallation.filePath(QStringLiteral("Caches")));
     }
 
     const DemoData configuration = loadConfiguration();

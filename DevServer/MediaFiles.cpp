@@ -120,6 +120,23 @@ void MediaFiles::serve(const std::string& relativePath, const httplib::Request& 
     }
     const uint64_t length = size == 0 ? 0 : range.last - range.first + 1;
     const uint64_t start = range.first;
+    if (response.status == 200 && request.has_param("chunked")) {
+        // The whole file without a Content-Length, as a streaming server sends it: clients see
+        // an unknown size until the last chunk.
+        response.set_chunked_content_provider(contentType(*file),
+                                              [stream](size_t offset, httplib::DataSink& sink) {
+                                                  char buffer[kChunkSize];
+                                                  stream->seekg(std::streamoff(offset));
+                                                  stream->read(buffer, std::streamsize(kChunkSize));
+                                                  const auto got = stream->gcount();
+                                                  if (got <= 0) {
+                                                      sink.done();
+                                                      return true;
+                                                  }
+                                                  return sink.write(buffer, size_t(got));
+                                              });
+        return;
+    }
     response.set_content_provider(
         length, contentType(*file),
         [stream, start](size_t offset, size_t wanted, httplib::DataSink& sink) {

@@ -87,6 +87,10 @@ NetworkingService::~NetworkingService() {
     d->thread.wait();
 }
 
+QNetworkAccessManager* NetworkingService::networkManager() const {
+    return d->manager;
+}
+
 HttpHeaders NetworkingService::requestHeaders() const {
     HttpHeaders headers{
         {QStringLiteral("ClientPlatform"), QStringLiteral("iOS")},

@@ -16,6 +16,7 @@
 #include "lumorasdk_export.h"
 
 class QImage;
+class QNetworkAccessManager;
 class QNetworkRequest;
 
 namespace LumoraSDK {
@@ -86,10 +87,45 @@ public:
                          std::function<void()> onComplete = {},
                          std::function<void(const RequestError&)> onError = {});
 
+    // Media downloads into the caches directory (NetworkingServiceDownload.cpp). Progress and
+    // completion run on the network thread.
+
+    using DownloadProgress = std::function<void(double fraction)>;
+    using DownloadCompletion = std::function<void(
+        bool success, const std::optional<RequestError>& error, const std::optional<QUrl>& file)>;
+
+    /// Downloads `url` (no API headers) into the caches directory under the name of
+    /// cacheFileName(). Progress is written / expected bytes, unclamped: negative when the size
+    /// is unknown. Only the download started last reports progress. An existing file of that
+    /// name is never replaced: the download then fails with the copy error. Answers false, with
+    /// no completion ever, when no destination could be made (no caches directory, or a name
+    /// that cannot be a file name).
+    bool performDownloadToCacheRequest(const QUrl& url, DownloadProgress onProgressUpdated,
+                                       DownloadCompletion completion);
+    /// The folder downloads go to, created owner-only (0700); absent when it cannot be made.
+    std::optional<QString> cachesDirectory() const { return m_cachesDirectory; }
+    /// Puts later downloads into `path` instead of the application's cache location; it is
+    /// created owner-only when missing. Answers whether it is usable.
+    bool setCachesDirectory(const QString& path);
+    /// The one file name a download of `url` gets: its path components, the root included,
+    /// joined with "-" and without blanks ("/media/my clip.mp4" gives "-media-myclip.mp4").
+    /// Absent when the path has no component, or a component holds a "/" or NUL once decoded.
+    /// Names too long for the file system keep their start and extension around a hash.
+    static std::optional<QString> cacheFileName(const QUrl& url);
+
 private:
     NetworkingService();
     struct Private;
     std::unique_ptr<Private> d;
+
+    QNetworkAccessManager* networkManager() const;
+    std::optional<QUrl> createURLInCachesDirectory(const QUrl& url) const;
+    static std::optional<QString> resolveCachesDirectory(const QString& path);
+    static QString defaultCachesDirectory();
+
+    std::optional<QString> m_cachesDirectory = resolveCachesDirectory(defaultCachesDirectory());
+    /// Written and read on the network thread only.
+    DownloadProgress m_onProgressUpdated;
 
     void send(const QByteArray& method, QNetworkRequest request, const QByteArray& body,
               Completion completion);

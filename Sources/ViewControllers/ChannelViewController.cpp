@@ -122,6 +122,8 @@ void ChannelViewController::viewDidLoad() {
             &ChannelViewController::onCloseButtonPressed);
     connect(m_learnMoreContainerView, &FrameButtonView::clicked, this,
             &ChannelViewController::onLearnMoreContainerPressed);
+    connect(m_shareButton, &FrameButtonView::clicked, this,
+            &ChannelViewController::onShareButtonPressed);
     isInteractiveLayoutVisible = true;
 }
 
@@ -327,6 +329,7 @@ void ChannelViewController::onMediaPageChanged() {
     }
     const bool isVideo = page && page->isVideo();
     m_videoContainerView->setVisible(isVideo);
+    updateShareButton();
 
     if (page && page->isImage()) {
         ChannelMediaCollectionViewCell* cell = getVisibleMediaCell(idx);

@@ -6,9 +6,11 @@
 #include <memory>
 #include <optional>
 
+#include "Enums/RequestStatusError.h"
 #include "Models/Channel.h"
 #include "Platform/CollectionView/CollectionView.h"
 #include "Platform/Scheduler.h"
+#include "Platform/SharePlatform.h"
 #include "Platform/VideoNode.h"
 #include "ViewControllers/PresentableViewController.h"
 #include "Views/FrameButtonView.h"
@@ -111,6 +113,15 @@ public:
     void onCloseButtonPressed();
     void onLearnMoreContainerPressed();
 
+    // Sharing the current page's media (ChannelViewControllerShare.cpp): paused from the press
+    // until the flow ends, with permission, a download shown in the host's loading overlay, and
+    // the share sheet.
+    void onShareButtonPressed();
+    FrameButtonView* shareButton() const { return m_shareButton; }
+    /// The loading overlay's text for a download at `fraction`: whole percent, truncated (0.427
+    /// shows "42%"); empty while the size is unknown (a negative fraction).
+    static QString progressLoadingText(double fraction);
+
     // Video pages.
     /// Puts the host's video node for the current page in place, loading it when the node
     /// holds another video, then starts it.
@@ -139,6 +150,16 @@ private:
     void showLearnMoreContainer();
     void hideLearnMoreContainer();
     void adaptLayoutForAspectRatio();
+    /// The share button, and the host's hit area over it, show on pages that have media.
+    void updateShareButton();
+    void onShareAuthorizationAnswered(PhotoAuthorizationStatus status, const Page& page);
+    void onShareDownloadFinished(bool success, const std::optional<RequestError>& error,
+                                 const std::optional<QUrl>& file, const Page& page);
+    void presentOpenSettingsAlert(std::function<void()> onActionComplete);
+    void presentSharingController(QQuickItem* sourceView, const QList<ShareItem>& shareItems,
+                                  std::function<void()> onComplete);
+    void setProgressLoadingViewText(const QString& text);
+    void endSharing();
     void applyTextShadow(QQuickItem* label);
 
     QPointer<QQuickItem> m_topGradient;

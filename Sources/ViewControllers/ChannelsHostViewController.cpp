@@ -168,6 +168,7 @@ void ChannelsHostViewController::viewDidLoad() {
     m_progressLoadingViewText = outlet(QStringLiteral("progressLoadingViewText"));
     m_learnMoreButtonHitArea = outlet(QStringLiteral("learnMoreButtonHitArea"));
     m_closeButtonHitArea = outlet(QStringLiteral("closeButtonHitArea"));
+    m_shareButtonHitArea = outlet(QStringLiteral("shareButtonHitArea"));
     m_previousButton = outlet(QStringLiteral("previousButton"));
     m_previousButtonGradient = outlet(QStringLiteral("previousButtonGradient"));
     m_channelsCollectionView->setPagingEnabled(true);

@@ -94,6 +94,9 @@ public:
     QQuickItem* channelsCollectionContainerView() const { return m_container; }
     CollectionView* channelsCollectionView() const { return m_channelsCollectionView; }
     QQuickItem* progressLoadingViewContainer() const { return m_progressLoadingViewContainer; }
+    /// The loading overlay's percentage while a share downloads its media.
+    QQuickItem* progressLoadingViewText() const { return m_progressLoadingViewText; }
+    QQuickItem* shareButtonHitArea() const { return m_shareButtonHitArea; }
     QQuickItem* learnMoreButtonHitArea() const { return m_learnMoreButtonHitArea; }
     QQuickItem* previousButton() const { return m_previousButton; }
     QQuickItem* previousButtonGradient() const { return m_previousButtonGradient; }
@@ -173,6 +176,7 @@ public:
 public slots:
     void onLearnMoreButtonHitAreaPressed();
     void onCloseButtonHitAreaPressed();
+    void onShareButtonHitAreaPressed();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -206,6 +210,7 @@ private:
     QPointer<QQuickItem> m_previousButton;
     QPointer<QQuickItem> m_previousButtonGradient;
     QPointer<QQuickItem> m_closeButtonHitArea;
+    QPointer<QQuickItem> m_shareButtonHitArea;
     std::optional<HoldTarget> m_touchHoldTarget;
     bool m_touchPanning = false;
     qreal m_touchTranslation = 0;

@@ -37,6 +37,7 @@ void ChannelsHostViewController::setupGestures() {
     connect(root, SIGNAL(touchEnded(bool)), this, SLOT(onTouchEnded(bool)));
     connect(root, SIGNAL(closeHitAreaPressed()), this, SLOT(onCloseButtonHitAreaPressed()));
     connect(root, SIGNAL(learnMoreHitAreaPressed()), this, SLOT(onLearnMoreButtonHitAreaPressed()));
+    connect(root, SIGNAL(shareHitAreaPressed()), this, SLOT(onShareButtonHitAreaPressed()));
     root->installEventFilter(this);
 }
 
@@ -64,6 +65,7 @@ void ChannelsHostViewController::onTouchBegan(QPointF scenePosition) {
     m_touchHoldTarget.reset();
     // The enlarged hit areas are buttons of their own.
     if (containsScenePoint(m_closeButtonHitArea, scenePosition) ||
+        containsScenePoint(m_shareButtonHitArea, scenePosition) ||
         containsScenePoint(m_learnMoreButtonHitArea, scenePosition)) {
         return;
     }
@@ -307,6 +309,12 @@ void ChannelsHostViewController::onLearnMoreButtonHitAreaPressed() {
 void ChannelsHostViewController::onCloseButtonHitAreaPressed() {
     if (ChannelViewController* player = currentChannelViewController()) {
         player->dismiss(true);
+    }
+}
+
+void ChannelsHostViewController::onShareButtonHitAreaPressed() {
+    if (ChannelViewController* player = currentChannelViewController()) {
+        player->onShareButtonPressed();
     }
 }
 

@@ -106,6 +106,54 @@ void closeGlyph(QPainter& painter, const QColor& color) {
     painter.drawLine(QPointF(65, 31), QPointF(31, 65));
 }
 
+// Share: an open tray with an arrow rising out of it.
+void shareGlyph(QPainter& painter, const QColor& color) {
+    painter.setPen(glyphPen(color, 6));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPolyline(QPolygonF({QPointF(36, 40), QPointF(24, 40), QPointF(24, 80),
+                                    QPointF(72, 80), QPointF(72, 40), QPointF(60, 40)}));
+    painter.drawLine(QPointF(48, 58), QPointF(48, 14));
+    painter.drawPolyline(QPolygonF({QPointF(35, 27), QPointF(48, 14), QPointF(61, 27)}));
+}
+
+// Save: an arrow coming down into a tray.
+void saveGlyph(QPainter& painter, const QColor& color) {
+    painter.setPen(glyphPen(color, 6));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPolyline(
+        QPolygonF({QPointF(20, 60), QPointF(20, 78), QPointF(76, 78), QPointF(76, 60)}));
+    painter.drawLine(QPointF(48, 16), QPointF(48, 60));
+    painter.drawPolyline(QPolygonF({QPointF(33, 46), QPointF(48, 61), QPointF(63, 46)}));
+}
+
+// Copy: two overlapping sheets.
+void copyGlyph(QPainter& painter, const QColor& color) {
+    painter.setPen(glyphPen(color, 6));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(36, 34, 42, 46), 7, 7);
+    painter.drawPolyline(QPolygonF(
+        {QPointF(60, 22), QPointF(60, 16), QPointF(18, 16), QPointF(18, 62), QPointF(26, 62)}));
+}
+
+// Open: a frame with an arrow leaving it at the top right.
+void openGlyph(QPainter& painter, const QColor& color) {
+    painter.setPen(glyphPen(color, 6));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPolyline(QPolygonF(
+        {QPointF(44, 22), QPointF(20, 22), QPointF(20, 76), QPointF(74, 76), QPointF(74, 52)}));
+    painter.drawLine(QPointF(44, 52), QPointF(76, 20));
+    painter.drawPolyline(QPolygonF({QPointF(56, 20), QPointF(76, 20), QPointF(76, 40)}));
+}
+
+// Folder: a tabbed folder.
+void folderGlyph(QPainter& painter, const QColor& color) {
+    painter.setPen(glyphPen(color, 6));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPolygon(QPolygonF({QPointF(16, 24), QPointF(40, 24), QPointF(48, 33),
+                                   QPointF(80, 33), QPointF(80, 74), QPointF(16, 74)}));
+    painter.drawLine(QPointF(16, 42), QPointF(80, 42));
+}
+
 // One black and one white artwork of a glyph, named prefix + "black" / "white".
 void addGlyph(QList<Artwork>& list, const QString& prefix,
               const std::function<void(QPainter&, const QSize&, const QColor&)>& draw) {
@@ -136,6 +184,17 @@ const QList<Artwork>& artworks() {
                  [](QPainter& p, const QSize&, const QColor& c) { swipeGlyph(p, c); });
         addGlyph(list, QStringLiteral("icon-close-"),
                  [](QPainter& p, const QSize&, const QColor& c) { closeGlyph(p, c); });
+        // The share button and the share sheet's activities.
+        addGlyph(list, QStringLiteral("icon-share-"),
+                 [](QPainter& p, const QSize&, const QColor& c) { shareGlyph(p, c); });
+        addGlyph(list, QStringLiteral("icon-save-"),
+                 [](QPainter& p, const QSize&, const QColor& c) { saveGlyph(p, c); });
+        addGlyph(list, QStringLiteral("icon-copy-"),
+                 [](QPainter& p, const QSize&, const QColor& c) { copyGlyph(p, c); });
+        addGlyph(list, QStringLiteral("icon-open-"),
+                 [](QPainter& p, const QSize&, const QColor& c) { openGlyph(p, c); });
+        addGlyph(list, QStringLiteral("icon-folder-"),
+                 [](QPainter& p, const QSize&, const QColor& c) { folderGlyph(p, c); });
         return list;
     }();
     return all;

@@ -85,6 +85,7 @@ Rectangle {
             elide: Text.ElideRight
         }
 
+        // Shown on pages with media.
         FrameButtonView {
             objectName: "shareButton"
             x: parent.width - 84
@@ -92,6 +93,7 @@ Rectangle {
             width: 28
             height: 28
             visible: false
+            imageName: "icon-share-white"
         }
 
         FrameButtonView {

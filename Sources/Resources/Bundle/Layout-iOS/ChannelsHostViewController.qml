@@ -15,6 +15,7 @@ Rectangle {
     signal touchEnded(bool cancelled)
     signal closeHitAreaPressed()
     signal learnMoreHitAreaPressed()
+    signal shareHitAreaPressed()
 
     Item {
         objectName: "channelsCollectionContainerView"
@@ -60,11 +61,22 @@ Rectangle {
     // Enlarged touch targets over the page player's controls; they take their touches, so a press
     // on them is neither a hold nor a page change.
     MouseArea {
+        id: closeHitArea
         objectName: "closeButtonHitArea"
         x: root.width - 56
         width: 56
         height: 56
         onClicked: root.closeHitAreaPressed()
+    }
+    // Left of the close area, over the page's share button; hidden on pages without media.
+    MouseArea {
+        objectName: "shareButtonHitArea"
+        x: root.width - 96
+        y: closeHitArea.y
+        width: 40
+        height: 56
+        visible: false
+        onClicked: root.shareHitAreaPressed()
     }
     MouseArea {
         objectName: "learnMoreButtonHitArea"
@@ -76,18 +88,89 @@ Rectangle {
         onClicked: root.learnMoreHitAreaPressed()
     }
 
+    // While a shared page's media downloads: the page dimmed under a card with a ring that fills
+    // with the percentage, or turns while the size is unknown (no percentage shown).
     Rectangle {
         objectName: "progressLoadingViewContainer"
         anchors.fill: parent
-        color: "#99000000"
+        color: "#80000000"
         visible: false
 
-        Text {
-            objectName: "progressLoadingViewText"
+        // Takes the presses that would otherwise reach the paused page.
+        MouseArea { anchors.fill: parent }
+
+        Rectangle {
+            id: loadingCard
             anchors.centerIn: parent
-            color: "#ffffff"
-            font.pixelSize: 15
-            text: "Loading\u2026"
+            width: 148
+            height: 148
+            radius: 22
+            color: "#f2202124"
+
+            readonly property real fraction: {
+                const percent = parseInt(loadingText.text)
+                return isNaN(percent) ? -1 : Math.max(0, Math.min(percent, 100)) / 100
+            }
+            readonly property bool indeterminate: fraction < 0
+
+            Canvas {
+                id: ring
+                width: 76
+                height: 76
+                anchors.horizontalCenter: parent.horizontalCenter
+                y: 22
+                antialiasing: true
+                onPaint: {
+                    const ctx = getContext("2d")
+                    const r = width / 2 - 4
+                    ctx.reset()
+                    ctx.lineWidth = 6
+                    ctx.lineCap = "round"
+                    ctx.strokeStyle = "#33ffffff"
+                    ctx.beginPath()
+                    ctx.arc(width / 2, height / 2, r, 0, 2 * Math.PI)
+                    ctx.stroke()
+                    const sweep = loadingCard.indeterminate ? 0.28 : loadingCard.fraction
+                    if (sweep > 0) {
+                        ctx.strokeStyle = "#ffffff"
+                        ctx.beginPath()
+                        ctx.arc(width / 2, height / 2, r, -Math.PI / 2,
+                                -Math.PI / 2 + sweep * 2 * Math.PI)
+                        ctx.stroke()
+                    }
+                }
+                Connections {
+                    target: loadingCard
+                    function onFractionChanged() { ring.requestPaint() }
+                }
+                RotationAnimator on rotation {
+                    from: 0
+                    to: 360
+                    duration: 1000
+                    loops: Animation.Infinite
+                    running: loadingCard.indeterminate && loadingCard.visible
+                }
+            }
+
+            Text {
+                objectName: "progressLoadingViewText"
+                id: loadingText
+                anchors.centerIn: ring
+                color: "#ffffff"
+                font.family: "Inter"
+                font.weight: Font.DemiBold
+                font.pixelSize: 17
+                text: "0%"
+            }
+
+            Text {
+                anchors.horizontalCenter: parent.horizontalCenter
+                y: ring.y + ring.height + 14
+                color: "#b3ffffff"
+                font.family: "Inter"
+                font.pixelSize: 13
+                text: "Preparing to share"
+            }
         }
     }
 }
