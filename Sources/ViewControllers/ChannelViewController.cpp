@@ -448,7 +448,8 @@ void ChannelViewController::toggleLearnMoreContainer(bool show, bool animate) {
     m_hideLearnMoreRequest.invalidate();
     animateDuration = animate ? baseAnimateDuration : 0;
     if (hostController && hostController->learnMoreButtonHitArea()) {
-        hostController->learnMoreButtonHitArea()->setEnabled(show);
+        // A mouse area's own `enabled` decides whether it takes clicks, not the item's.
+        hostController->learnMoreButtonHitArea()->setProperty("enabled", show);
     }
     const double delay = animate ? animateStartDelay : 0;
     QPointer<ChannelViewController> self(this);

@@ -21,7 +21,7 @@ namespace LumoraSDK {
 namespace {
 
 bool containsScenePoint(QQuickItem* item, QPointF scenePosition) {
-    return item && item->isVisible() && item->isEnabled() &&
+    return item && item->isVisible() && item->isEnabled() && item->property("enabled").toBool() &&
            item->contains(item->mapFromScene(scenePosition));
 }
 }  // namespace

@@ -23,6 +23,7 @@ QJsonObject channelJson(Fixture& env, const QString& id, bool secondSkippable = 
     if (!link.isEmpty()) {
         second.insert("swipeUpUrl", link);
         second.insert("swipeUpText", "More");
+        second.insert("showSwipeUpUi", true);
     }
     pages.replace(1, second);
     channel.insert("pages", pages);
@@ -203,6 +204,10 @@ private slots:
         QTest::newRow("touch right")
             << "touch 300" << 2 << "skipPage pk-touch-right pk-touch-right-3";
         QTest::newRow("hold") << "hold" << 1 << "";
+        QTest::newRow("tap learn more")
+            << "pill" << 1 << "swipeUpOnPage pk-tap-learn-more pk-tap-learn-more-2";
+        QTest::newRow("tap bottom middle")
+            << "tap 180 600" << 2 << "skipPage pk-tap-bottom-middle pk-tap-bottom-middle-3";
         QTest::newRow("drag down")
             << "drag" << -1 << "dismissedChannel pk-drag-down pk-drag-down-2";
         QTest::newRow("right arrow")
@@ -215,11 +220,16 @@ private slots:
         QFETCH(QString, event);
         const QString id =
             QStringLiteral("pk-") + QString::fromLatin1(QTest::currentDataTag()).replace(' ', '-');
-        QVERIFY(openOnSecondPage(id));
+        QVERIFY(openOnSecondPage(id, true, action == "pill" ? "http://127.0.0.1:9/p" : ""));
         QQuickWindow* window = &m_h->scene()->window;
         const QPoint middle(180, 320);
         if (action.startsWith("tap")) {
-            QTest::mouseClick(window, Qt::LeftButton, {}, QPoint(action.mid(4).toInt(), 320));
+            const QStringList at = action.split(' ');
+            QTest::mouseClick(window, Qt::LeftButton, {},
+                              QPoint(at.value(1).toInt(), at.value(2, "320").toInt()));
+        } else if (action == "pill") {
+            m_h->advance(1.0);  // the pill shows after its delay
+            QTest::mouseClick(window, Qt::LeftButton, {}, QPoint(180, 600));
         } else if (action.startsWith("touch")) {
             static QPointingDevice* finger = QTest::createTouchDevice();
             const QPoint at(action.mid(6).toInt(), 320);
@@ -243,17 +253,28 @@ private slots:
             QTest::keyClick(window, action == "key right" ? Qt::Key_Right : Qt::Key_Escape);
         }
         m_h->advance(0.6);
+        const bool opensViewer = action == "pill";
         if (page < 0) {
             QTRY_VERIFY(!m_h->host());
         } else {
             QCOMPARE(m_h->player()->currentIndex(), page);
-            QVERIFY(m_h->pageTimerRuns());
+            QCOMPARE(m_h->pageTimerRuns(), !opensViewer);
             QVERIFY(m_h->player()->isInteractiveLayoutVisible);
         }
         if (!event.isEmpty()) {
-            // Moving a page also records the new page's history; closing records only itself.
-            const QStringList events = m_h->eventsSince(m_seen, page < 0 ? 1 : 2);
+            // Moving a page also records the new page's history; closing or opening the link
+            // records only itself.
+            const QStringList events = m_h->eventsSince(m_seen, page < 0 || opensViewer ? 1 : 2);
             QVERIFY2(events.contains(event), qPrintable(events.join(", ")));
+        }
+        if (opensViewer) {
+            const auto presented =
+                PresentationStack::forWindow(&m_h->scene()->window)->presentedViewControllers();
+            auto* viewer = qobject_cast<WebViewController*>(presented.last());
+            QVERIFY(viewer);
+            viewer->onCloseButtonPressed();
+            m_h->advance(1.0);
+            QVERIFY(m_h->pageTimerRuns());
         }
     }
 };
