@@ -122,6 +122,10 @@ void ChannelViewController::viewDidLoad() {
             &ChannelViewController::onCloseButtonPressed);
     connect(m_learnMoreContainerView, &FrameButtonView::clicked, this,
             &ChannelViewController::onLearnMoreContainerPressed);
+    connect(m_videoContainerView, &QQuickItem::widthChanged, this,
+            &ChannelViewController::layoutVideoContainer);
+    connect(m_videoContainerView, &QQuickItem::heightChanged, this,
+            &ChannelViewController::layoutVideoContainer);
     isInteractiveLayoutVisible = true;
 }
 
@@ -346,6 +350,9 @@ void ChannelViewController::onMediaPageChanged() {
             log(description() +
                 QStringLiteral(" image is ready, but pause because instructions are up"));
             pauseCurrentMedia();
+        } else if (hostController && hostController->isPausedByViewer) {
+            log(description() + QStringLiteral(" image is ready, but the viewer paused"));
+            pauseCurrentMedia();
         }
     } else if (isVideo) {
         prepareCurrentVideoSet({});
@@ -404,6 +411,11 @@ void ChannelViewController::pauseCurrentMedia() {
 
 void ChannelViewController::resumeCurrentMedia() {
     if (!mediaCollectionViewDataSource) {
+        return;
+    }
+    // Paused with the play/pause control: only that control resumes.
+    if (hostController && hostController->isPausedByViewer) {
+        log(description() + QStringLiteral(" resumeCurrentMedia - the viewer paused"));
         return;
     }
     const int idx = currentIndex();
