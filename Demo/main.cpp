@@ -37,6 +37,10 @@ int main(int argc, char* argv[]) {
         QStringLiteral("screenshots"),
         QStringLiteral("Render offscreen, write PNGs to DIR and exit."), QStringLiteral("DIR"));
     parser.addOption(screenshots);
+    const QCommandLineOption wideOnly(
+        QStringLiteral("wide-only"),
+        QStringLiteral("With --screenshots, render only the player in a wide window."));
+    parser.addOption(wideOnly);
     parser.process(app);
     QString directory = parser.value(screenshots);
     if (directory.isEmpty() && QGuiApplication::platformName() == QLatin1String("offscreen")) {
@@ -79,7 +83,7 @@ int main(int argc, char* argv[]) {
                                 << '\n';
         });
     if (!directory.isEmpty()) {
-        showcase.captureScreenshots(directory);
+        showcase.captureScreenshots(directory, parser.isSet(wideOnly));
     }
     return app.exec();
 }

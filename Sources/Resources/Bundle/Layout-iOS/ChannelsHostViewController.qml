@@ -95,10 +95,13 @@ Rectangle {
             anchors.fill: parent
             radius: neighbour.cornerRadius
             color: "#000000"
-            opacity: hover.hovered ? 0.2 : 0.45
+            opacity: hover.hovered ? 0.25 : 0.5
         }
+        // At the top, clear of the page's own title and text.
         Column {
-            anchors.centerIn: parent
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.top: parent.top
+            anchors.topMargin: 16
             width: parent.width - 16
             spacing: 8
 
