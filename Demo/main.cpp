@@ -10,6 +10,7 @@
 
 #include "Lumora.h"
 #include "Platform/UserDefaults.h"
+#include "Services/VideoPrefetchService.h"
 #include "Showcase.h"
 
 using namespace LumoraSDK;
@@ -85,5 +86,9 @@ int main(int argc, char* argv[]) {
     if (!directory.isEmpty()) {
         showcase.captureScreenshots(directory, parser.isSet(wideOnly));
     }
-    return app.exec();
+    const int status = app.exec();
+    // The prefetched videos' players outlive main otherwise, and tear their pipelines down after
+    // the display connection is gone.
+    VideoPrefetchService::removeCachedVideoItems(VideoPrefetchService::cachedVideoUrls());
+    return status;
 }
