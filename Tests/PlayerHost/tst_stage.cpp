@@ -12,6 +12,7 @@
 #include "Views/ChannelMediaCollectionViewCell.h"
 #include "Views/ChannelProgressCollectionViewCell.h"
 #include "Views/ChannelsCollectionViewCell.h"
+#include "Views/StageLayout.h"
 
 using namespace LumoraSDK;
 using namespace PlayerTest;
@@ -123,6 +124,34 @@ private slots:
         QCOMPARE(sceneRect(overlay->view()), card());
         overlay->onStartButtonPressed();
         m_h->advance(0.5);
+    }
+
+    void theLayoutFallsOnDevicePixels_data() {
+        QTest::addColumn<QSizeF>("size");
+        QTest::addColumn<qreal>("ratio");
+        QTest::newRow("1001x777 at 1.5") << QSizeF(1001, 777) << 1.5;
+        QTest::newRow("1366x768 at 1.25") << QSizeF(1366, 768) << 1.25;
+        QTest::newRow("2560x1440 at 2") << QSizeF(2560, 1440) << 2.0;
+    }
+    void theLayoutFallsOnDevicePixels() {
+        QFETCH(QSizeF, size);
+        QFETCH(qreal, ratio);
+        const StageLayout stage(size, ratio, true);
+        const QRectF window(QPointF(), size);
+        QVERIFY(!stage.isFullWindow);
+        QVERIFY(qAbs(stage.card.width() - stage.card.height() * 9 / 16) <= 1 / ratio);
+        // Left to right without overlaps, and every edge on a whole device pixel.
+        const QList<QRectF> row{stage.previousNeighbour, stage.previousArrow, stage.card,
+                                stage.nextArrow, stage.nextNeighbour};
+        for (qsizetype i = 0; i < row.size(); ++i) {
+            QVERIFY(window.contains(row[i]) && !row[i].isEmpty());
+            QVERIFY(i == 0 || row[i - 1].right() < row[i].left());
+        }
+        for (const QRectF& rect : row + QList<QRectF>{stage.closeButton}) {
+            for (const qreal edge : {rect.left(), rect.top(), rect.right(), rect.bottom()}) {
+                QCOMPARE(edge * ratio, std::round(edge * ratio));
+            }
+        }
     }
 
     void stageControls_data() {
