@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QPointer>
+#include <QProcess>
 #include <QQuickWindow>
 #include <QTextStream>
 #include <QTimer>
@@ -23,6 +24,8 @@ constexpr int kMidTurnMs = 150;
 constexpr int kPollMs = 100;
 constexpr int kSheetFadeMs = 600;
 constexpr int kPlayerChannel = 2;
+// A usual desktop application window.
+constexpr QSize kWideWindow(1280, 800);
 const QSet<QString> kRows{QStringLiteral("round"), QStringLiteral("square")};
 }  // namespace
 
@@ -60,7 +63,7 @@ void Showcase::reloadRows() {
     emit reloadRequested();
 }
 
-void Showcase::captureScreenshots(const QString& directory) {
+void Showcase::captureScreenshots(const QString& directory, bool wideOnly) {
     m_screenshots = QDir(directory);
     QDir().mkpath(directory);
     QTimer::singleShot(kGiveUpMs, qApp, [] {
@@ -68,19 +71,27 @@ void Showcase::captureScreenshots(const QString& directory) {
             << "lumora-demo: the rows did not load within a minute; is lumora-devserver running?\n";
         QCoreApplication::exit(1);
     });
+    if (wideOnly) {
+        captureWhenSettled(QString(), [this] { capturePlayer(true); });
+        return;
+    }
     captureWhenSettled(QStringLiteral("showcase-light"), [this] {
         setDark(true);
-        captureWhenSettled(QStringLiteral("showcase-dark"), [this] { capturePlayer(); });
+        captureWhenSettled(QStringLiteral("showcase-dark"), [this] { capturePlayer(false); });
     });
 }
 
-void Showcase::capturePlayer() {
+QQuickWindow* Showcase::window() const {
+    return qobject_cast<QQuickWindow*>(m_engine->rootObjects().value(0));
+}
+
+void Showcase::capturePlayer(bool wideOnly) {
     using namespace LumoraSDK;
-    auto* window = qobject_cast<QQuickWindow*>(m_engine->rootObjects().value(0));
-    auto* row = window ? window->findChild<LumoraRowView*>(QStringLiteral("roundRow")) : nullptr;
+    auto* row =
+        window() ? window()->findChild<LumoraRowView*>(QStringLiteral("roundRow")) : nullptr;
     // The long travel channel. Screenshot runs start as a fresh installation, so the player
     // first explains its gestures; then its first page, the turn to the next channel, and that
-    // channel's opening video.
+    // channel's opening video; then the same player in a wide window.
     ChannelsHostViewController* host = row ? ChannelsHostViewController::presentChannel(
                                                  kPlayerChannel, row, [] {}, [](int) {})
                                            : nullptr;
@@ -92,17 +103,24 @@ void Showcase::capturePlayer() {
     QPointer<ChannelsHostViewController> player(host);
     const auto step = [this, player](const QString& name, int delayMs, auto then) {
         QTimer::singleShot(delayMs, this, [this, player, name, then] {
-            if (!player || !grab(name)) {
+            if (!player || (!name.isEmpty() && !grab(name))) {
                 QCoreApplication::exit(1);
                 return;
             }
             then(*player);
         });
     };
-    step(QStringLiteral("player-instructions"), kSettleMs, [this, step](auto& host) {
+    const QString instructions = wideOnly ? QString() : QStringLiteral("player-instructions");
+    step(instructions, kSettleMs, [this, step, wideOnly](auto& host) {
         auto* overlay = qobject_cast<InstructionsViewController*>(host.presentedViewController());
         if (overlay) {
             overlay->onStartButtonPressed();
+        }
+        if (wideOnly) {
+            const QString name =
+                QStringLiteral("player-wide@%1x").arg(window()->devicePixelRatio());
+            captureWidePlayer(name, [] { QCoreApplication::exit(0); });
+            return;
         }
         step(QStringLiteral("player-mid-page"), kSettleMs, [this, step](auto& host) {
             host.onChannelNextLimit();
@@ -130,19 +148,46 @@ void Showcase::captureShareSheet(LumoraSDK::ChannelsHostViewController& host) {
         }
         poll->deleteLater();
         poll->stop();
-        QTimer::singleShot(kSheetFadeMs, this, [this] {
-            if (grab(QStringLiteral("player-share-sheet"))) {
-                QCoreApplication::exit(0);
+        QTimer::singleShot(kSheetFadeMs, this, [this, sheet = QPointer(sheet)] {
+            if (!grab(QStringLiteral("player-share-sheet")) || !sheet) {
+                return;
             }
+            sheet->onActivityChosen(-1);
+            captureWidePlayer(QStringLiteral("player-wide"), [this] { captureHighDensity(); });
         });
     });
     poll->start();
 }
 
+void Showcase::captureWidePlayer(const QString& name, std::function<void()> then) {
+    window()->resize(kWideWindow);
+    QTimer::singleShot(kSettleMs, this, [this, name, then = std::move(then)] {
+        if (grab(name)) {
+            then();
+        }
+    });
+}
+
+void Showcase::captureHighDensity() {
+    // The pixel ratio is fixed when a process starts; the offscreen platform draws a window of
+    // any size, whatever the screen.
+    auto* child = new QProcess(this);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QStringLiteral("2"));
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    child->setProcessEnvironment(environment);
+    child->setProcessChannelMode(QProcess::ForwardedChannels);
+    connect(child, &QProcess::finished, this, [](int exitCode, QProcess::ExitStatus status) {
+        QCoreApplication::exit(status == QProcess::NormalExit ? exitCode : 1);
+    });
+    child->start(QCoreApplication::applicationFilePath(),
+                 {QStringLiteral("--screenshots"), m_screenshots.absolutePath(),
+                  QStringLiteral("--wide-only")});
+}
+
 bool Showcase::grab(const QString& name) {
-    auto* window = qobject_cast<QQuickWindow*>(m_engine->rootObjects().value(0));
     const QString path = m_screenshots.filePath(name + QStringLiteral(".png"));
-    if (!window || !window->grabWindow().save(path)) {
+    if (!window() || !window()->grabWindow().save(path)) {
         QTextStream(stderr) << "lumora-demo: cannot write " << path << '\n';
         QCoreApplication::exit(1);
         return false;
@@ -156,7 +201,7 @@ void Showcase::captureWhenSettled(const QString& name, std::function<void()> nex
     *connection = connect(this, &Showcase::rowsLoaded, this, [this, name, next, connection] {
         disconnect(*connection);
         QTimer::singleShot(kSettleMs, this, [this, name, next] {
-            if (grab(name)) {
+            if (name.isEmpty() || grab(name)) {
                 next();
             }
         });

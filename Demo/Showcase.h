@@ -6,6 +6,7 @@
 #include <QQmlApplicationEngine>
 #include <QSet>
 #include <QString>
+#include <functional>
 #include <optional>
 
 #include "Models/DemoData.h"
@@ -16,6 +17,8 @@ class ChannelsHostViewController;
 
 /// The showcase host: a mock application screen around two story rows, built from a demo
 /// configuration. It can also render itself to PNG files and quit, for documentation and CI.
+class QQuickWindow;
+
 class Showcase : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString title READ title CONSTANT FINAL)
@@ -44,8 +47,11 @@ public:
 
     /// Loads the host screen.
     bool show(QQmlApplicationEngine& engine);
-    /// Renders the screen in the light and dark style, then the player, into `directory`; quits.
-    void captureScreenshots(const QString& directory);
+    /// Renders the screen in the light and dark style, then the player in the phone-shaped
+    /// window and in a wide one, into `directory`; then has a second process render the wide
+    /// player at twice the pixel ratio, and quits. With `wideOnly`, renders only the wide player,
+    /// named after the pixel ratio ("player-wide@2x").
+    void captureScreenshots(const QString& directory, bool wideOnly = false);
 
     /// Asks both rows to load their channels again.
     void reloadRows();
@@ -59,9 +65,16 @@ signals:
 
 private:
     void captureWhenSettled(const QString& name, std::function<void()> next);
-    /// Opens the player on a channel and captures it mid-page and mid-turn to the next channel.
-    void capturePlayer();
+    /// Opens the player on a channel and captures it mid-page, mid-turn to the next channel and
+    /// on that channel's video, then in a wide window; with `wideOnly`, only in the wide window.
+    void capturePlayer(bool wideOnly);
+    /// Widens the window around the open player and captures it; `then` follows.
+    void captureWidePlayer(const QString& name, std::function<void()> then);
+    /// Runs the showcase again at twice the pixel ratio for the wide player only.
+    void captureHighDensity();
+    /// Shares the video page and captures the sheet, then closes it and goes on wide.
     void captureShareSheet(LumoraSDK::ChannelsHostViewController& host);
+    QQuickWindow* window() const;
     bool grab(const QString& name);
 
     LumoraSDK::DemoData m_configuration;

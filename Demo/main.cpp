@@ -11,6 +11,7 @@
 #include "Lumora.h"
 #include "Platform/UserDefaults.h"
 #include "Services/NetworkingService.h"
+#include "Services/VideoPrefetchService.h"
 #include "Showcase.h"
 
 using namespace LumoraSDK;
@@ -38,6 +39,10 @@ int main(int argc, char* argv[]) {
         QStringLiteral("screenshots"),
         QStringLiteral("Render offscreen, write PNGs to DIR and exit."), QStringLiteral("DIR"));
     parser.addOption(screenshots);
+    const QCommandLineOption wideOnly(
+        QStringLiteral("wide-only"),
+        QStringLiteral("With --screenshots, render only the player in a wide window."));
+    parser.addOption(wideOnly);
     parser.process(app);
     QString directory = parser.value(screenshots);
     if (directory.isEmpty() && QGuiApplication::platformName() == QLatin1String("offscreen")) {
@@ -83,7 +88,11 @@ int main(int argc, char* argv[]) {
                                 << '\n';
         });
     if (!directory.isEmpty()) {
-        showcase.captureScreenshots(directory);
+        showcase.captureScreenshots(directory, parser.isSet(wideOnly));
     }
-    return app.exec();
+    const int status = app.exec();
+    // The prefetched videos' players outlive main otherwise, and tear their pipelines down after
+    // the display connection is gone.
+    VideoPrefetchService::removeCachedVideoItems(VideoPrefetchService::cachedVideoUrls());
+    return status;
 }

@@ -124,6 +124,10 @@ void ChannelViewController::viewDidLoad() {
             &ChannelViewController::onLearnMoreContainerPressed);
     connect(m_shareButton, &FrameButtonView::clicked, this,
             &ChannelViewController::onShareButtonPressed);
+    connect(m_videoContainerView, &QQuickItem::widthChanged, this,
+            &ChannelViewController::layoutVideoContainer);
+    connect(m_videoContainerView, &QQuickItem::heightChanged, this,
+            &ChannelViewController::layoutVideoContainer);
     isInteractiveLayoutVisible = true;
 }
 
@@ -349,6 +353,9 @@ void ChannelViewController::onMediaPageChanged() {
             log(description() +
                 QStringLiteral(" image is ready, but pause because instructions are up"));
             pauseCurrentMedia();
+        } else if (hostController && hostController->isPausedByViewer) {
+            log(description() + QStringLiteral(" image is ready, but the viewer paused"));
+            pauseCurrentMedia();
         }
     } else if (isVideo) {
         prepareCurrentVideoSet({});
@@ -407,6 +414,11 @@ void ChannelViewController::pauseCurrentMedia() {
 
 void ChannelViewController::resumeCurrentMedia() {
     if (!mediaCollectionViewDataSource) {
+        return;
+    }
+    // Paused with the play/pause control: only that control resumes.
+    if (hostController && hostController->isPausedByViewer) {
+        log(description() + QStringLiteral(" resumeCurrentMedia - the viewer paused"));
         return;
     }
     const int idx = currentIndex();

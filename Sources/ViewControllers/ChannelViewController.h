@@ -129,6 +129,8 @@ public:
     void loadVideo(const QString& videoUrl, std::function<void()> onComplete);
     /// Puts the host's video node into this player's video area.
     void setupVideoContainer(std::function<void()> onComplete = {});
+    /// Fits the video and its backdrop to the video area, which follows the player's size.
+    void layoutVideoContainer();
     void notifyAndStartVideo(int idx);
     void startVideo();
     /// The address of the video the host's node holds, or empty.

@@ -5,7 +5,6 @@
 #include <QQuickItem>
 
 #include "Lumora.h"
-#include "Platform/AudioSession.h"
 #include "Platform/CollectionView/CollectionView.h"
 #include "Platform/Layers/ShapeLayer.h"
 #include "Platform/VideoNode.h"
@@ -101,21 +100,33 @@ void ChannelViewController::setupVideoContainer(std::function<void()> onComplete
                 background->insertInto(container, 0);
                 self->m_videoBackground = background;
             }
-            auto* backdrop = static_cast<ShapeLayer*>(self->m_videoBackground.data());
-            backdrop->setSize(container->size());
-            backdrop->setPath(roundedRectPath(QRectF(QPointF(), container->size()), AllCorners,
-                                              videoCornerRadius()));
             if (QQuickItem* view = node->view(*engine)) {
                 view->setParentItem(container);
-                view->setSize(container->size());
                 // Above the backdrop, below anything else the container holds.
-                view->stackAfter(backdrop);
+                view->stackAfter(self->m_videoBackground);
             }
+            self->layoutVideoContainer();
         }
         if (onComplete) {
             onComplete();
         }
     });
+}
+
+void ChannelViewController::layoutVideoContainer() {
+    QQuickItem* container = m_videoContainerView;
+    auto* backdrop = qobject_cast<ShapeLayer*>(m_videoBackground.data());
+    if (!container || !backdrop) {
+        return;
+    }
+    backdrop->setSize(container->size());
+    backdrop->setPath(
+        roundedRectPath(QRectF(QPointF(), container->size()), AllCorners, videoCornerRadius()));
+    VideoNode* node = hostController ? hostController->videoNode.get() : nullptr;
+    if (QQuickItem* view = node ? node->existingView() : nullptr;
+        view && view->parentItem() == container) {
+        view->setSize(container->size());
+    }
 }
 
 void ChannelViewController::notifyAndStartVideo(int idx) {
@@ -140,11 +151,11 @@ void ChannelViewController::notifyAndStartVideo(int idx) {
 }
 
 void ChannelViewController::startVideo() {
-    if (!hostController || !hostController->videoNode) {
+    if (!hostController || !hostController->videoNode || hostController->isPausedByViewer) {
         return;
     }
     VideoNode& node = *hostController->videoNode;
-    node.setMuted(!AudioSession::sharedInstance().isOutputAudible());
+    node.setMuted(!hostController->isSoundOn());
     node.playImmediately();
 }
 
@@ -159,6 +170,10 @@ void ChannelViewController::videoNodeDidPlayToTimeInterval(VideoNode& node, doub
     }
     if (hostController && hostController->isPresentingInstructions) {
         log(prefix + QStringLiteral(" - pause because instructions are up"));
+        pauseCurrentMedia();
+        return;
+    }
+    if (hostController && hostController->isPausedByViewer) {
         pauseCurrentMedia();
         return;
     }

@@ -18,6 +18,7 @@
 #include "Services/Logger.h"
 #include "Services/VideoPrefetchService.h"
 #include "ViewControllers/ChannelViewController.h"
+#include "ViewControllers/ChannelsHostStage.h"
 #include "Views/ChannelMediaCollectionDataSource.h"
 #include "Views/ChannelsCollectionViewCell.h"
 #include "Views/LumoraRowView.h"
@@ -175,6 +176,7 @@ void ChannelsHostViewController::viewDidLoad() {
     m_channelsCollectionView->setScrollDirection(CollectionView::ScrollDirection::horizontal);
     ChannelsCollectionDataSource::registerIn(*m_channelsCollectionView);
     setupGestures();
+    m_stage = std::make_unique<ChannelsHostStage>(*this);
 }
 
 void ChannelsHostViewController::viewWillAppear(bool animated) {
@@ -260,15 +262,23 @@ void ChannelsHostViewController::onOutputVolumeChanged() {
     session.setCategory(AudioSession::Category::Playback, AudioSession::Mode::Default,
                         AudioSession::kMixWithOthers);
     session.setActive(true);
+    isSoundMutedByViewer = false;
     if (videoNode) {
-        videoNode->setMuted(!session.isOutputAudible());
+        videoNode->setMuted(!isSoundOn());
     }
+    if (m_stage) {
+        m_stage->refresh();
+    }
+}
+
+bool ChannelsHostViewController::isSoundOn() const {
+    return !isSoundMutedByViewer && AudioSession::sharedInstance().isOutputAudible();
 }
 
 VideoNode& ChannelsHostViewController::replaceVideoNode() {
     // The old node gives its player back to the prefetch cache, paused and without outputs.
     videoNode = std::make_unique<VideoNode>();
-    videoNode->setMuted(!AudioSession::sharedInstance().isOutputAudible());
+    videoNode->setMuted(!isSoundOn());
     return *videoNode;
 }
 
@@ -316,6 +326,9 @@ void ChannelsHostViewController::setCurrentVisibleChannelIndex(std::optional<int
         NotificationCenter::defaultCenter().post(Lumora::openChannelDidChange);
     }
     onChannelIndexUpdated(index);
+    if (m_stage) {
+        m_stage->refresh();
+    }
 }
 
 void ChannelsHostViewController::onChannelIndexUpdated(std::optional<int> newIndex) {
@@ -498,6 +511,9 @@ void ChannelsHostViewController::onNextButtonPressed(bool isInteractive) {
         return;
     }
     player->goToNextPage();
+    if (m_stage) {
+        m_stage->refresh();
+    }
     const std::optional<Page> page = player->currentPage();
     AnalyticsService::sharedInstance().trackActivity(
         isInteractive ? ActivityType::SkippedPage : ActivityType::CompletedPage,
@@ -508,6 +524,9 @@ void ChannelsHostViewController::onPrevButtonPressed() {
     enableMediaReadyObserver = false;
     if (ChannelViewController* player = currentChannelViewController()) {
         player->goToPreviousPage();
+        if (m_stage) {
+            m_stage->refresh();
+        }
     }
 }
 

@@ -24,6 +24,7 @@ namespace LumoraSDK {
 
 class ChannelViewController;
 class ChannelsCollectionViewCell;
+class ChannelsHostStage;
 struct Notification;
 
 /// The full-screen story player: one ChannelViewController per channel side by side in a
@@ -128,6 +129,20 @@ public:
     /// A volume key was pressed: the viewer wants sound, even in silent mode.
     void onOutputVolumeChanged();
 
+    /// Paused with the play/pause control: nothing but that control resumes the page, whatever
+    /// holds, page changes or channel changes come in between.
+    bool isPausedByViewer = false;
+    /// Muted with the sound control, until it or a volume key turns the sound on again.
+    bool isSoundMutedByViewer = false;
+    /// Whether video sound is heard: the audio settings let it through and the viewer has not
+    /// muted it.
+    bool isSoundOn() const;
+    /// The card the channels play in, the neighbours and the pointer controls around it; made
+    /// with the view.
+    ChannelsHostStage* stage() const { return m_stage.get(); }
+    /// Leaving the current channel forward while it is not read records it skipped.
+    void trackSkippedChannel();
+
     /// A tap on the right, or the end of a page's timer (not interactive).
     void onNextButtonPressed(bool isInteractive);
     /// A tap on the left.
@@ -199,6 +214,7 @@ private:
     void animateContainer(QPointF center, qreal scale, qreal background,
                           std::function<void()> onComplete);
 
+    std::unique_ptr<ChannelsHostStage> m_stage;
     std::optional<int> m_currentVisibleChannelIndex;
     std::optional<QList<ChannelViewController*>> m_contentViewControllers;
     QPointer<QQmlEngine> m_engine;

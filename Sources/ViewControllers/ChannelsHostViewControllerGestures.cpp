@@ -13,6 +13,7 @@
 #include "Services/AnalyticsService.h"
 #include "Services/Logger.h"
 #include "ViewControllers/ChannelViewController.h"
+#include "ViewControllers/ChannelsHostStage.h"
 #include "ViewControllers/ChannelsHostViewController.h"
 #include "ViewControllers/WebViewController.h"
 
@@ -63,10 +64,11 @@ void ChannelsHostViewController::onTouchBegan(QPointF scenePosition) {
     m_touchPanning = false;
     m_touchTranslation = 0;
     m_touchHoldTarget.reset();
-    // The enlarged hit areas are buttons of their own.
+    // The enlarged hit areas and the pointer controls on the card are buttons of their own.
     if (containsScenePoint(m_closeButtonHitArea, scenePosition) ||
         containsScenePoint(m_shareButtonHitArea, scenePosition) ||
-        containsScenePoint(m_learnMoreButtonHitArea, scenePosition)) {
+        containsScenePoint(m_learnMoreButtonHitArea, scenePosition) ||
+        m_stage->isOnCardControl(scenePosition)) {
         return;
     }
     m_touchHoldTarget = containsScenePoint(m_previousButton, scenePosition) ? HoldTarget::Previous

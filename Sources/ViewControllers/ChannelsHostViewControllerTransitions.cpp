@@ -32,8 +32,9 @@ qreal lerp(qreal from, qreal to, double t) {
 // Grow and shrink
 
 QPointF ChannelsHostViewController::viewCenter() const {
-    QQuickItem* root = const_cast<ChannelsHostViewController*>(this)->view();
-    return QPointF(root->width() / 2, root->height() / 2);
+    // The container grows into, and shrinks from, the card it plays in.
+    const QQuickItem* card = m_container->parentItem();
+    return QPointF(card->width() / 2, card->height() / 2);
 }
 
 void ChannelsHostViewController::setContainerCenter(QPointF center) {
@@ -48,8 +49,8 @@ std::optional<QPointF> ChannelsHostViewController::cellCenterFor(std::optional<i
     if (*index < 0 || *index >= centers.size() || !centers[*index]) {
         return std::nullopt;
     }
-    // The row keeps window coordinates; the container moves within the host's view.
-    return const_cast<ChannelsHostViewController*>(this)->view()->mapFromScene(*centers[*index]);
+    // The row keeps window coordinates; the container moves within its card.
+    return m_container->parentItem()->mapFromScene(*centers[*index]);
 }
 
 void ChannelsHostViewController::openFromCellCenter(std::function<void()> onComplete) {
@@ -213,17 +214,8 @@ void ChannelsHostViewController::setupChannelCollectionInteractions() {
         if (!self) {
             return;
         }
-        ChannelViewController* leaving = self->currentChannelViewController();
-        if (direction == NavigationDirection::forward && leaving && leaving->channel &&
-            leaving->channel->id) {
-            const QVariantMap read = DatabaseService::sharedInstance().channelIsReadMapping();
-            const auto flag = read.constFind(*leaving->channel->id);
-            if (flag != read.constEnd() && !flag->toBool()) {
-                const std::optional<Page> page = leaving->currentPage();
-                AnalyticsService::sharedInstance().trackActivity(ActivityType::SkippedChannel,
-                                                                 leaving->channel->id,
-                                                                 page ? page->id : std::nullopt);
-            }
+        if (direction == NavigationDirection::forward) {
+            self->trackSkippedChannel();
         }
         self->onPagerCameToRest(direction);
     };
@@ -252,6 +244,21 @@ void ChannelsHostViewController::setupChannelCollectionInteractions() {
             self->pauseAllMedia();
         }
     };
+}
+
+void ChannelsHostViewController::trackSkippedChannel() {
+    ChannelViewController* leaving = currentChannelViewController();
+    if (!leaving || !leaving->channel || !leaving->channel->id) {
+        return;
+    }
+    // Only a channel with a stored flag that says unread; one never stored records nothing.
+    const QVariantMap read = DatabaseService::sharedInstance().channelIsReadMapping();
+    const auto flag = read.constFind(*leaving->channel->id);
+    if (flag != read.constEnd() && !flag->toBool()) {
+        const std::optional<Page> page = leaving->currentPage();
+        AnalyticsService::sharedInstance().trackActivity(
+            ActivityType::SkippedChannel, leaving->channel->id, page ? page->id : std::nullopt);
+    }
 }
 
 void ChannelsHostViewController::onPagerCameToRest(NavigationDirection direction) {

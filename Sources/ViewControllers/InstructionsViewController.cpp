@@ -13,6 +13,7 @@
 #include "Platform/Scheduler.h"
 #include "Services/Logger.h"
 #include "ViewControllers/ChannelViewController.h"
+#include "ViewControllers/ChannelsHostStage.h"
 #include "ViewControllers/ChannelsHostViewController.h"
 #include "Views/ChannelProgressCollectionDataSource.h"
 
@@ -201,6 +202,10 @@ InstructionsViewController* InstructionsViewController::presentOver(
                            ? lumoraRowViewStyleFromRawValue(host.rowInstance->uiStyle())
                            : std::nullopt;
     QPointer<ChannelsHostViewController> player(&host);
+    // Over the card the channels play in, not the whole window.
+    overlay->presentationFrame = [player](const QSizeF& window) {
+        return player ? player->stage()->currentLayout().card : QRectF(QPointF(), window);
+    };
     overlay->onDismissed = [player] {
         if (!player) {
             return;

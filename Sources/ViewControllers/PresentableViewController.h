@@ -127,6 +127,10 @@ public:
     /// Presents this controller, animated, from getGlobalContext() of the key window.
     void presentSelf(Completion completion = {});
 
+    /// Where the view sits while presented, given the window's size; unset, it fills the window.
+    /// Either way the presentation takes the input of the whole window.
+    std::function<QRectF(const QSizeF& window)> presentationFrame;
+
     PresentableViewController* presentedViewController() const { return m_presented; }
     PresentableViewController* presentingViewController() const { return m_presenting; }
 

@@ -86,8 +86,11 @@ void PresentationStack::layoutContainers() {
             entry->container->setSize(size);
         }
         if (entry->controller && entry->controller->m_view) {
-            entry->controller->m_view->setPosition(QPointF(0, 0));
-            entry->controller->m_view->setSize(size);
+            const QRectF frame = entry->controller->presentationFrame
+                                     ? entry->controller->presentationFrame(size)
+                                     : QRectF(QPointF(0, 0), size);
+            entry->controller->m_view->setPosition(frame.topLeft());
+            entry->controller->m_view->setSize(frame.size());
         }
     }
 }

@@ -18,9 +18,10 @@ namespace LumoraSDK {
 /// The screens presented over one window, bottom to top.
 ///
 /// Each presented screen is a full-window item over the window's content item: it fills the
-/// window and follows its size, stacks above the host's own content and above every screen
-/// presented before it, and takes the pointer input that reaches it, so nothing underneath is
-/// touched while a screen is up. The window's content itself belongs to the root controller.
+/// window (or the screen's presentation frame in it) and follows its size, stacks above the host's
+/// own content and above every screen presented before it, and takes the pointer input that reaches
+/// it, so nothing underneath is touched while a screen is up. The window's content itself belongs
+/// to the root controller.
 ///
 /// One stack exists per window, made on first use and owned by the window.
 class LUMORASDK_EXPORT PresentationStack : public QObject {

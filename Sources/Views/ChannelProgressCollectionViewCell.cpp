@@ -50,6 +50,24 @@ void ChannelProgressCollectionViewCell::componentComplete() {
     initProgressLayers(0.0);
 }
 
+void ChannelProgressCollectionViewCell::geometryChange(const QRectF& newGeometry,
+                                                       const QRectF& oldGeometry) {
+    CollectionViewCell::geometryChange(newGeometry, oldGeometry);
+    // A cell not laid out yet has drawn nothing worth stretching.
+    if (oldGeometry.width() <= 0 || newGeometry.size() == oldGeometry.size()) {
+        return;
+    }
+    const qreal factor = newGeometry.width() / oldGeometry.width();
+    for (QQuickItem* child : contentView()->childItems()) {
+        if (auto* layer = qobject_cast<ShapeLayer*>(child)) {
+            layer->setX(layer->x() * factor);
+            layer->setWidth(drawableWidth(layer->width() * factor));
+            layer->setHeight(newGeometry.height());
+            fitTexture(layer);
+        }
+    }
+}
+
 void ChannelProgressCollectionViewCell::initProgressLayers(qreal progress) {
     QQuickItem* content = contentView();
     const QSizeF bounds = content->size();

@@ -55,6 +55,8 @@ public:
 protected:
     /// A cell made from its interface file starts out drawn empty.
     void componentComplete() override;
+    /// A resized segment stretches what it shows: the fill keeps its share of the track.
+    void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
 };
 
 }  // namespace LumoraSDK

@@ -23,6 +23,10 @@ public:
 
     /// A reused cell must not keep the view of the page player it showed before.
     void prepareForReuse() override;
+
+protected:
+    /// The page player's view fills the cell at any size.
+    void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
 };
 
 }  // namespace LumoraSDK

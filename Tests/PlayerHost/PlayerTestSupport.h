@@ -65,6 +65,9 @@ class HostHarness {
 public:
     explicit HostHarness(RowTest::Fixture& env) : m_env(env) {}
 
+    /// The window the player opens in; phone-sized unless a test asks for another.
+    QSize windowSize{360, 640};
+
     RowTest::Scene* scene() { return m_scene.get(); }
     ChannelsHostViewController* host() const { return m_host; }
     ChannelViewController* player() const {
@@ -73,6 +76,7 @@ public:
 
     /// Clears what the last test left in the store; the first-use instructions count as seen.
     void reset() {
+        windowSize = QSize(360, 640);
         ChannelsHostViewController::installAsChannelPresenter();
         DatabaseService& database = DatabaseService::sharedInstance();
         database.setChannelInitialPageMapping({});
@@ -91,7 +95,7 @@ public:
             return false;
         }
         LumoraRowView* row = m_scene->row.get();
-        m_scene->window.resize(360, 640);
+        m_scene->window.resize(windowSize);
         m_env.settle(row);
         if (!m_env.settleUntil(row, [&] {
                 return DatabaseService::sharedInstance().allChannelsData().size() ==

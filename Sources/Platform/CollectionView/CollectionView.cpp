@@ -132,9 +132,21 @@ void CollectionView::applyLayoutParameters() {
 
 void CollectionView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
     QQuickItem::geometryChange(newGeometry, oldGeometry);
-    if (m_list && newGeometry.size() != oldGeometry.size()) {
-        m_list->setSize(newGeometry.size());
-        invalidateLayout();
+    if (!m_list || newGeometry.size() == oldGeometry.size()) {
+        return;
+    }
+    // A paging list's pages are as long as the view: it keeps showing the same page, and the
+    // same share of the way to the next while it moves, once the list has laid the resized
+    // items out.
+    const bool horizontal = m_scrollDirection == ScrollDirection::horizontal;
+    const qreal from = horizontal ? oldGeometry.width() : oldGeometry.height();
+    const qreal to = horizontal ? newGeometry.width() : newGeometry.height();
+    const CollectionViewScroller::Placement placement = m_scroller->placement();
+    m_list->setSize(newGeometry.size());
+    invalidateLayout();
+    if (m_pagingEnabled && from > 0 && to != from) {
+        layoutIfNeeded();
+        m_scroller->restorePlacement(placement, to / from);
     }
 }
 

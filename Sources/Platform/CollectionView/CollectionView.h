@@ -126,7 +126,8 @@ public:
     bool isDragging() const;
     bool isDecelerating() const;
 
-    /// Paging settles on one item per swipe.
+    /// Paging settles on one item per swipe. A paging list keeps its page across a resize (its
+    /// items are as long as the view).
     bool isPagingEnabled() const { return m_pagingEnabled; }
     void setPagingEnabled(bool enabled);
     bool isScrollEnabled() const { return m_scrollEnabled; }

@@ -77,9 +77,13 @@ void CollectionViewScroller::scrollToItem(int item, int positionMode, bool anima
 }
 
 void CollectionViewScroller::animate(const QPointF& from, const QPointF& to) {
+    m_animationFrom = from;
+    m_animationTo = to;
     m_animation = ViewAnimation::animate(
         m_animationDuration,
-        [this, from, to](double progress) { setListPosition(from + (to - from) * progress); },
+        [this](double progress) {
+            setListPosition(m_animationFrom + (m_animationTo - m_animationFrom) * progress);
+        },
         [self = QPointer<CollectionViewScroller>(this)](bool finished) {
             if (self && finished) {
                 emit self->didEndScrollingAnimation();
@@ -89,6 +93,19 @@ void CollectionViewScroller::animate(const QPointF& from, const QPointF& to) {
 
 void CollectionViewScroller::stop() {
     m_animation.invalidate();
+}
+
+CollectionViewScroller::Placement CollectionViewScroller::placement() const {
+    const QPointF origin = listPositionForOffset(QPointF());
+    return {listPosition() - origin, m_animationFrom - origin, m_animationTo - origin};
+}
+
+void CollectionViewScroller::restorePlacement(const Placement& placement, qreal factor) {
+    const QPointF origin = listPositionForOffset(QPointF());
+    m_animationFrom = origin + placement.animationFrom * factor;
+    m_animationTo = origin + placement.animationTo * factor;
+    QScopedValueRollback<bool> quiet(m_quiet, true);
+    setListPosition(origin + placement.offset * factor);
 }
 
 void CollectionViewScroller::onContentMoved() {

@@ -33,6 +33,18 @@ public:
     void scrollToItem(int item, int positionMode, bool animated);
     /// Cuts a programmatic scroll short, unreported.
     void stop();
+    /// Where the content stands and where a programmatic scroll goes from and to, as offsets
+    /// from the start of the content.
+    struct Placement {
+        QPointF offset;
+        QPointF animationFrom;
+        QPointF animationTo;
+    };
+    Placement placement() const;
+    /// Puts the content, and a programmatic scroll's way, back at `placement` stretched by
+    /// `factor`, unreported: once the items have been resized, the same ones stand where they
+    /// stood.
+    void restorePlacement(const Placement& placement, qreal factor);
     bool isDragging() const;
     bool isDecelerating() const;
 
@@ -61,6 +73,8 @@ private:
 
     QQuickItem& m_list;
     Timer m_animation;
+    QPointF m_animationFrom;
+    QPointF m_animationTo;
     bool m_horizontal = true;
     double m_animationDuration = 0;
     bool m_quiet = false;

@@ -102,6 +102,8 @@ Item {
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.verticalCenter: parent.verticalCenter
         anchors.verticalCenterOffset: root.topInset / 2
+        // Shrunk to fit a short card (a low, wide window's).
+        scale: Math.min(1, (root.height - root.topInset - 32) / Math.max(1, height))
 
         Text {
             objectName: "mainTitle"

@@ -1,0 +1,336 @@
+// The player in desktop windows: the card the channels play in, the neighbours and pointer
+// controls around it, the play/pause and sound buttons, and resizes while a page plays. Real
+// clicks on offscreen windows; the server's events show what was recorded.
+
+#include <QScopeGuard>
+
+#include "Platform/AudioSession.h"
+#include "Platform/Layers/ShapeLayer.h"
+#include "PlayerTestSupport.h"
+#include "ViewControllers/ChannelsHostStage.h"
+#include "ViewControllers/InstructionsViewController.h"
+#include "Views/ChannelMediaCollectionViewCell.h"
+#include "Views/ChannelProgressCollectionViewCell.h"
+#include "Views/ChannelsCollectionViewCell.h"
+#include "Views/StageLayout.h"
+
+using namespace LumoraSDK;
+using namespace PlayerTest;
+
+namespace {
+QRectF sceneRect(const QQuickItem* item) {
+    return item->mapRectToScene(QRectF(QPointF(), item->size()));
+}
+
+bool near(const QRectF& a, const QRectF& b) {
+    const QRectF d(a.topLeft() - b.topLeft(), a.size() - b.size());
+    return qAbs(d.x()) < 0.5 && qAbs(d.y()) < 0.5 && qAbs(d.width()) < 0.5 &&
+           qAbs(d.height()) < 0.5;
+}
+}  // namespace
+
+class StageTest : public HostTestCase {
+    Q_OBJECT
+
+    int m_seen = 0;
+
+    QQuickWindow* window() { return &m_h->scene()->window; }
+    QQuickItem* item(const char* name) {
+        return m_h->host()->view()->findChild<QQuickItem*>(QLatin1String(name));
+    }
+    QRectF card() { return sceneRect(m_h->host()->stage()->card()); }
+    void click(QPointF at) { QTest::mouseClick(window(), Qt::LeftButton, {}, at.toPoint()); }
+    void click(const char* name) { click(sceneRect(item(name)).center()); }
+
+    /// Channels a, b and c of three 10-second image pages, the player open on b in a window of
+    /// `size` with the page's timer running (on the second page with `secondPage`).
+    bool openOnB(QSize size, bool secondPage = false) {
+        m_h->windowSize = size;
+        m_seen = int(eventLines(*m_env).size());
+        const auto channel = [this](const char* id) {
+            return imageChannelJson(*m_env, id, QStringLiteral("unread"), 3, 10);
+        };
+        if (!m_h->openFromRow(QJsonArray{channel("a"), channel("b"), channel("c")}, 1)) {
+            return false;
+        }
+        m_h->advance(0.25);
+        if (!m_h->waitForPageTimer(1, 0) || m_h->eventsSince(m_seen, 2).size() != 2) {
+            return false;
+        }
+        if (secondPage) {
+            m_h->host()->onNextButtonPressed(true);
+            m_env->clock.runUntilIdle();
+            return m_h->waitForPageTimer(1, 1) && m_h->eventsSince(m_seen, 2).size() == 2;
+        }
+        return true;
+    }
+
+private slots:
+    void theCardFitsTheWindow_data() {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<bool>("pointer");
+        QTest::newRow("phone 390x844") << QSize(390, 844) << true;
+        QTest::newRow("low 844x390") << QSize(844, 390) << true;
+        QTest::newRow("desktop 1280x800") << QSize(1280, 800) << true;
+        QTest::newRow("large 2560x1440") << QSize(2560, 1440) << true;
+        QTest::newRow("touch only 1280x800") << QSize(1280, 800) << false;
+    }
+    void theCardFitsTheWindow() {
+        QFETCH(QSize, size);
+        QFETCH(bool, pointer);
+        ChannelsHostStage::pointerInputOverride = pointer;
+        const auto restore = qScopeGuard([] { ChannelsHostStage::pointerInputOverride.reset(); });
+        QVERIFY(openOnB(size));
+        const QRectF window(QPointF(), size);
+        const bool phone = size.width() < size.height();
+        if (phone) {
+            QCOMPARE(card(), window);
+        } else {
+            QVERIFY(qAbs(card().width() - card().height() * 9 / 16) <= 1);
+            QVERIFY(window.contains(card()));
+            QVERIFY((card().center() - window.center()).manhattanLength() <= 1);
+        }
+        // The grow ends at the card, and the whole page is in it: picture, bar, header, pill.
+        ChannelViewController* player = m_h->player();
+        QVERIFY(near(sceneRect(m_h->host()->channelsCollectionContainerView()), card()));
+        QVERIFY(near(sceneRect(player->getVisibleMediaCell(0)), card()));
+        for (const QQuickItem* part : std::initializer_list<const QQuickItem*>{
+                 player->progressCollectionView(), player->channelTitle(),
+                 player->learnMoreContainerView()}) {
+            QVERIFY(card().contains(sceneRect(part)));
+        }
+        // Neighbours beside the card, controls on screen where there is a pointer.
+        const QRectF previous = sceneRect(item("previousNeighbour"));
+        const QRectF next = sceneRect(item("nextNeighbour"));
+        QCOMPARE(item("previousNeighbour")->isVisible(), !phone);
+        QCOMPARE(item("nextNeighbour")->isVisible(), !phone);
+        if (!phone) {
+            QCOMPARE(item("previousNeighbour")->property("title").toString(), "Channel a");
+            QVERIFY(window.contains(previous) && previous.right() < card().left());
+            QVERIFY(window.contains(next) && next.left() > card().right());
+        }
+        for (const char* control : {"previousArrowButton", "nextArrowButton", "stageCloseButton"}) {
+            QCOMPARE(item(control)->isVisible(), pointer && !phone);
+            QVERIFY(!item(control)->isVisible() || window.contains(sceneRect(item(control))));
+        }
+        QCOMPARE(item("playPauseButton")->isVisible(), pointer);
+        QVERIFY(!pointer || card().contains(sceneRect(item("playPauseButton"))));
+        LumoraTest::saveArtifact(this->window()->grabWindow(),
+                                 QStringLiteral("stage-") + QTest::currentDataTag());
+
+        // The first-use instructions sit over the card.
+        auto* overlay = InstructionsViewController::presentOver(*m_h->host());
+        m_h->advance(0.5);
+        QCOMPARE(sceneRect(overlay->view()), card());
+        overlay->onStartButtonPressed();
+        m_h->advance(0.5);
+    }
+
+    void theLayoutFallsOnDevicePixels_data() {
+        QTest::addColumn<QSizeF>("size");
+        QTest::addColumn<qreal>("ratio");
+        QTest::newRow("1001x777 at 1.5") << QSizeF(1001, 777) << 1.5;
+        QTest::newRow("1366x768 at 1.25") << QSizeF(1366, 768) << 1.25;
+        QTest::newRow("2560x1440 at 2") << QSizeF(2560, 1440) << 2.0;
+    }
+    void theLayoutFallsOnDevicePixels() {
+        QFETCH(QSizeF, size);
+        QFETCH(qreal, ratio);
+        const StageLayout stage(size, ratio, true);
+        const QRectF window(QPointF(), size);
+        QVERIFY(!stage.isFullWindow);
+        QVERIFY(qAbs(stage.card.width() - stage.card.height() * 9 / 16) <= 1 / ratio);
+        // Left to right without overlaps, and every edge on a whole device pixel.
+        const QList<QRectF> row{stage.previousNeighbour, stage.previousArrow, stage.card,
+                                stage.nextArrow, stage.nextNeighbour};
+        for (qsizetype i = 0; i < row.size(); ++i) {
+            QVERIFY(window.contains(row[i]) && !row[i].isEmpty());
+            QVERIFY(i == 0 || row[i - 1].right() < row[i].left());
+        }
+        for (const QRectF& rect : row + QList<QRectF>{stage.closeButton}) {
+            for (const qreal edge : {rect.left(), rect.top(), rect.right(), rect.bottom()}) {
+                QCOMPARE(edge * ratio, std::round(edge * ratio));
+            }
+        }
+    }
+
+    void stageControls_data() {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<int>("channel");  // -1: closed
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QStringList>("events");  // sorted
+        QTest::newRow("next arrow")
+            << "nextArrowButton" << 1 << 2 << QStringList{"history b b-3", "skipPage b b-3"};
+        QTest::newRow("previous arrow") << "previousArrowButton" << 1 << 0
+                                        << QStringList{"history b b-1", "previousPage b b-1"};
+        QTest::newRow("tap on the card's right")
+            << "card" << 1 << 2 << QStringList{"history b b-3", "skipPage b b-3"};
+        QTest::newRow("tab to the first control, space")
+            << "tab" << 1 << 0 << QStringList{"history b b-1", "previousPage b b-1"};
+        QTest::newRow("next neighbour")
+            << "nextNeighbour" << 2 << 0
+            << QStringList{"history c c-1", "openedChannel c c-1", "skipChannel b b-2"};
+        QTest::newRow("previous neighbour")
+            << "previousNeighbour" << 0 << 0 << QStringList{"history a a-1", "openedChannel a a-1"};
+        QTest::newRow("close button")
+            << "stageCloseButton" << -1 << 0 << QStringList{"dismissedChannel b b-2"};
+        QTest::newRow("backdrop") << "backdrop" << -1 << 0 << QStringList{"dismissedChannel b b-2"};
+    }
+    void stageControls() {
+        QFETCH(QString, action);
+        QFETCH(int, channel);
+        QFETCH(int, page);
+        QFETCH(QStringList, events);
+        QVERIFY(openOnB(QSize(1280, 800), true));
+        if (action == "card") {
+            click(QPointF(card().right() - 40, card().center().y()));
+        } else if (action == "backdrop") {
+            click(QPointF(30, 400));
+        } else if (action == "tab") {
+            QTest::keyClick(window(), Qt::Key_Tab);
+            QTest::keyClick(window(), Qt::Key_Space);
+        } else {
+            click(qPrintable(action));
+        }
+        m_h->advance(1.0);
+        if (channel < 0) {
+            QTRY_VERIFY(!m_h->host());
+        } else {
+            QVERIFY(m_h->waitForPageTimer(channel, page));
+        }
+        QCOMPARE(m_h->eventsSince(m_seen, int(events.size())), events);
+    }
+
+    void playPauseHoldsAcrossPageTimers() {
+        QVERIFY(openOnB(QSize(1280, 800)));
+        ChannelProgressCollectionDataSource& progress =
+            *m_h->player()->progressCollectionViewDataSource;
+        click("playPauseButton");
+        m_h->advance(0.5);
+        QVERIFY(!m_h->pageTimerRuns());
+        QCOMPARE(item("playPauseButton")->property("name").toString(), "Play");
+        const double remaining = *progress.timerRemainingMs;
+        // Longer than the page, a held press and its release: nothing moves.
+        m_h->advance(12);
+        QTest::mousePress(window(), Qt::LeftButton, {}, card().center().toPoint());
+        m_h->advance(1);
+        QTest::mouseRelease(window(), Qt::LeftButton, {}, card().center().toPoint());
+        m_h->advance(0.5);
+        QCOMPARE(m_h->player()->currentIndex(), 0);
+        QCOMPARE(*progress.timerRemainingMs, remaining);
+        QVERIFY(!m_h->pageTimerRuns());
+        // The next page stays paused too, at its very start.
+        click("nextArrowButton");
+        m_h->advance(12);
+        QCOMPARE(m_h->player()->currentIndex(), 1);
+        QVERIFY(!m_h->pageTimerRuns());
+        // Pressed again, the page runs on from where it stood and ends on time.
+        click("playPauseButton");
+        QVERIFY(m_h->pageTimerRuns());
+        const double left = *progress.timerRemainingMs / 100;
+        m_h->advance(left - 0.2);
+        QCOMPARE(m_h->player()->currentIndex(), 1);
+        m_h->advance(0.3);
+        QCOMPARE(m_h->player()->currentIndex(), 2);
+    }
+
+    void aResizeKeepsThePageAndItsTimer_data() {
+        QTest::addColumn<QSize>("from");
+        QTest::addColumn<QSize>("to");
+        QTest::newRow("phone to desktop") << QSize(390, 844) << QSize(1280, 800);
+        QTest::newRow("desktop to low") << QSize(1280, 800) << QSize(844, 390);
+        QTest::newRow("maximised") << QSize(1280, 800) << QSize(2560, 1440);
+        QTest::newRow("desktop to phone") << QSize(1280, 800) << QSize(390, 844);
+    }
+    void aResizeKeepsThePageAndItsTimer() {
+        QFETCH(QSize, from);
+        QFETCH(QSize, to);
+        QVERIFY(openOnB(from, true));
+        m_h->advance(2);
+        ChannelProgressCollectionDataSource& progress =
+            *m_h->player()->progressCollectionViewDataSource;
+        const double remaining = *progress.timerRemainingMs;
+        window()->resize(to);
+        QTRY_COMPARE(m_h->host()->view()->size(), QSizeF(to));
+        m_h->host()->channelsCollectionView()->layoutIfNeeded();
+        m_h->player()->mediaCollectionView()->layoutIfNeeded();
+        // The same channel and page fill the new card, the timer still runs where it was.
+        const QList<ChannelsCollectionViewCell*> cells = m_h->host()->getVisibleChannelCells(true);
+        QCOMPARE(cells.size(), 1);
+        QCOMPARE(cells.first()->channelIndex, 1);
+        QCOMPARE(m_h->player()->currentIndex(), 1);
+        QVERIFY(near(sceneRect(m_h->player()->getVisibleMediaCell(1)), card()));
+        QVERIFY(m_h->pageTimerRuns());
+        QCOMPARE(*progress.timerRemainingMs, remaining);
+        // The bar is laid out anew with its fills kept: the first segment full, the second a fifth.
+        for (CollectionViewCell* cell : m_h->player()->progressCollectionView()->visibleCells()) {
+            auto* segment = qobject_cast<ChannelProgressCollectionViewCell*>(cell);
+            const qreal expected = segment->progressIndex == 0   ? 1
+                                   : segment->progressIndex == 1 ? 0.205
+                                                                 : 0;
+            QVERIFY(qAbs(segment->foregroundProgressLayer->width() - expected * segment->width()) <
+                    1);
+        }
+        LumoraTest::saveArtifact(window()->grabWindow(),
+                                 QStringLiteral("stage-resized-") + QTest::currentDataTag());
+        // The page ends when its timer says, and is not started over.
+        m_h->advance(remaining / 100 - 0.2);
+        QCOMPARE(m_h->player()->currentIndex(), 1);
+        m_h->advance(0.3);
+        QCOMPARE(m_h->player()->currentIndex(), 2);
+        QCOMPARE(m_h->eventsSince(m_seen, 2), QStringList({"completePage b b-3", "history b b-3"}));
+    }
+
+    void videoPageControls() {
+        AudioSession& audio = AudioSession::sharedInstance();
+        audio.setCategory(AudioSession::Category::SoloAmbient, AudioSession::Mode::Default, 0);
+        QJsonObject b = imageChannelJson(*m_env, "b", QStringLiteral("unread"), 2, 5);
+        QJsonArray pages = b.value("pages").toArray();
+        QJsonObject video = pages.at(0).toObject();
+        video.insert("type", "video");
+        video.insert("url", m_env->mediaUrl("music/page-1.mp4"));
+        video.insert("playcardUrl", m_env->mediaUrl("music/page-1-playcard.png"));
+        pages.replace(0, video);
+        b.insert("pages", pages);
+        m_h->windowSize = QSize(1280, 800);
+        QVERIFY(m_h->openFromRow(QJsonArray{b}, 0));
+        QVERIFY(m_h->waitFor([&] {
+            VideoNode* node = m_h->host()->videoNode.get();
+            return node && node->isPlaying() && node->existingView() &&
+                   node->existingView()->parentItem() == m_h->player()->videoContainerView();
+        }));
+        VideoNode& node = *m_h->host()->videoNode;
+        // Sound: off as with the ringer off, on as a volume key does, off, and back on closing.
+        QVERIFY(item("soundButton")->isVisible() && node.isMuted());
+        click("soundButton");
+        QVERIFY(!node.isMuted() && item("soundButton")->property("soundOn").toBool());
+        QCOMPARE(audio.category(), AudioSession::Category::Playback);
+        click("soundButton");
+        QVERIFY(node.isMuted() && !item("soundButton")->property("soundOn").toBool());
+        QCOMPARE(audio.category(), AudioSession::Category::SoloAmbient);
+        click("soundButton");
+        QVERIFY(!node.isMuted());
+        // Paused, the video stays paused through a held press and a resize, which refits it.
+        click("playPauseButton");
+        m_env->clock.runUntilIdle();
+        QVERIFY(!node.isPlaying());
+        QTest::mousePress(window(), Qt::LeftButton, {}, card().center().toPoint());
+        m_h->advance(1);
+        QTest::mouseRelease(window(), Qt::LeftButton, {}, card().center().toPoint());
+        window()->resize(844, 390);
+        m_h->advance(0.5);
+        QVERIFY(!node.isPlaying());
+        QCOMPARE(node.existingView()->size(), card().size());
+        click("playPauseButton");
+        QVERIFY(node.isPlaying());
+        // An image page has no sound to turn on.
+        click("nextArrowButton");
+        m_h->advance(0.5);
+        QVERIFY(!item("soundButton")->isVisible());
+        m_h->closeHost();
+        QCOMPARE(audio.category(), AudioSession::Category::SoloAmbient);
+    }
+};
+
+QTEST_MAIN(StageTest)
+#include "tst_stage.moc"
