@@ -117,8 +117,7 @@ private:
         if (player->currentPage()->isVideo()) {
             return m_h->host()->videoNode && m_h->host()->videoNode->isPlaying();
         }
-        return player->progressCollectionViewDataSource->progressTimer &&
-               player->progressCollectionViewDataSource->progressTimer->isValid();
+        return m_h->pageTimerRuns();
     }
 
 private slots:
