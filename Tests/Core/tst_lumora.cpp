@@ -97,7 +97,6 @@ private slots:
         row("Staging", "Staging", api, "Staging", true, "https://staging.api.example.test/");
         row("Production", "Production", api, "Production", true, api);
         row("lower-case staging", "staging", api, "Production", false, api);
-        row("unknown word", "QA", api, "Production", false, api);
         row("not a string", 1, api, "Production", false, api);
         row("absent", QJsonValue::Undefined, api, "Production", false, api);
         row("path and query kept", "Dev", "https://api.example.test/v2?x=1", "Dev", true,

@@ -477,22 +477,6 @@ private Q_SLOTS:
                  423);
     }
 
-    // The journal keeps every request in order with what it answered (0: no answer at all, in
-    // faultAnswers); the network tests read back from it what the SDK sends.
-    void requestJournal() {
-        send("POST", m_server->baseUrl() + "/api/auth", "{}",
-             {{"x-lumora-api-key", "test-api-key"}});
-        send("GET", m_server->baseUrl() + kChannels);
-        const QJsonArray requests = m_server->requests();
-        QCOMPARE(requests.size(), 2);
-        QCOMPARE(requests[0]["method"].toString(), "POST");
-        QCOMPARE(requests[0]["status"].toInt(), 200);
-        QVERIFY(!requests[0]["headers"].toObject().contains("REMOTE_ADDR"));
-        QCOMPARE(requests[1]["path"].toString(), kChannels);
-        QCOMPARE(requests[1]["status"].toInt(), 401);
-        QVERIFY(requests[0]["seq"].toInteger() < requests[1]["seq"].toInteger());
-    }
-
     void survivesBadInput() {
         const Answer tooLarge =
             send("POST", m_server->baseUrl() + kActivity, QByteArray(9 * 1024 * 1024, '{'),

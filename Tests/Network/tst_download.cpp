@@ -84,7 +84,6 @@ private slots:
         QTest::newRow("http, sized") << false << false;
         QTest::newRow("http, chunked") << false << true;
         QTest::newRow("https, sized") << true << false;
-        QTest::newRow("https, chunked") << true << true;
     }
     void downloadsIntoTheCachesDirectory() {
         QFETCH(bool, tls);

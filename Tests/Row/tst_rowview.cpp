@@ -238,19 +238,22 @@ private slots:
         QTest::addColumn<QStringList>("reads");
         QTest::addColumn<QList<int>>("loadsAfterEach");
         QTest::addColumn<bool>("squareCells");
+        QTest::addColumn<QString>("titleColour");  // of a round cell's title
         QTest::newRow("SQUARE switches and reloads, then square does nothing")
             << "cellType" << QStringList{"SQUARE", "square"} << QStringList{"square", "square"}
-            << QList<int>{1, 1} << true;
+            << QList<int>{1, 1} << true << "";
         QTest::newRow("Round on a round row changes nothing")
-            << "cellType" << QStringList{"Round"} << QStringList{"round"} << QList<int>{0} << false;
+            << "cellType" << QStringList{"Round"} << QStringList{"round"} << QList<int>{0} << false
+            << "#1a1a1a";
         QTest::newRow("unknown cell type reloads and stays round")
             << "cellType" << QStringList{"hexagon"} << QStringList{"round"} << QList<int>{1}
-            << false;
+            << false << "#1a1a1a";
         QTest::newRow("blue while auto reloads and stays auto")
-            << "uiStyle" << QStringList{"blue"} << QStringList{"auto"} << QList<int>{1} << false;
-        QTest::newRow("DARK then dark reloads once")
+            << "uiStyle" << QStringList{"blue"} << QStringList{"auto"} << QList<int>{1} << false
+            << "#1a1a1a";
+        QTest::newRow("DARK then dark reloads once: light titles")
             << "uiStyle" << QStringList{"DARK", "dark"} << QStringList{"dark", "dark"}
-            << QList<int>{1, 1} << false;
+            << QList<int>{1, 1} << false << "#ffffff";
     }
 
     void styleAndTypeTexts() {
@@ -275,6 +278,9 @@ private slots:
         QVERIFY(!scene->visibleCells().isEmpty());
         for (LumoraRowViewCell* cell : scene->visibleCells()) {
             QCOMPARE(qobject_cast<LumoraRowViewCellSquare*>(cell) != nullptr, squareCells);
+            if (!squareCells) {
+                QTEST(cell->label()->property("color").value<QColor>().name(), "titleColour");
+            }
         }
     }
 
@@ -710,52 +716,6 @@ private slots:
         const int visible = int(scene->visibleCells().size());
         QVERIFY2(created <= 3 * visible + 6,
                  qPrintable(QStringLiteral("%1 cells for %2 visible").arg(created).arg(visible)));
-    }
-
-    void screenshots_data() {
-        QTest::addColumn<QString>("cellType");
-        QTest::addColumn<QString>("style");
-        QTest::addColumn<int>("height");
-        QTest::addColumn<bool>("loads");
-        for (const auto& [name, cellType, style, height, loads] :
-             {std::tuple("round light", "round", "light", 120, true),
-              {"round dark", "round", "dark", 120, true},
-              {"square light", "square", "light", 230, true},
-              {"square dark", "square", "dark", 230, true},
-              {"round light placeholders", "round", "light", 120, false},
-              {"square dark placeholders", "square", "dark", 230, false}}) {
-            QTest::newRow(name) << QString(cellType) << QString(style) << height << loads;
-        }
-    }
-
-    void screenshots() {
-        QFETCH(QString, cellType);
-        QFETCH(QString, style);
-        QFETCH(int, height);
-        QFETCH(bool, loads);
-        const bool dark = style == QLatin1String("dark");
-        auto scene = m_env->loadedScene(
-            QJsonArray(),
-            QStringLiteral("cellType: '%1'; uiStyle: '%2'; leftInset: 16; rightInset: 16; "
-                           "cellSpacing: 10")
-                .arg(cellType, style),
-            QSize(1000, height), dark ? QColor("#0b0b0f") : QColor("#ffffff"), [&](LumoraRowView*) {
-                if (!loads) {
-                    m_env->failChannelsOnce(500);
-                }
-            });
-        QVERIFY(scene);
-        const QList<LumoraRowViewCell*> cells = scene->visibleCells();
-        QVERIFY(loads ? cells.size() >= 5 : cells.size() == 5);
-        for (LumoraRowViewCell* cell : cells) {
-            QCOMPARE(cell->isPlaceholder(), !loads);
-            QCOMPARE(cell->labelPlaceholder()->isVisible(), !loads);
-        }
-        if (cellType == QLatin1String("round")) {
-            QCOMPARE(cells.first()->label()->property("color").value<QColor>(),
-                     dark ? QColor("#ffffff") : QColor("#1a1a1a"));
-        }
-        saveArtifact(scene->window.grabWindow(), QStringLiteral("row-") + QTest::currentDataTag());
     }
 
 private:

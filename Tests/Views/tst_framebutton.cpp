@@ -98,8 +98,6 @@ private slots:
         QTest::addColumn<int>("off");
         QTest::newRow("left rounded") << true << false << Dash() << 0 << 0;
         QTest::newRow("right rounded") << false << true << Dash() << 0 << 0;
-        QTest::newRow("all rounded") << true << true << Dash() << 0 << 0;
-        QTest::newRow("10 on, 10 off") << false << false << Dash(QList<qreal>{10, 10}) << 10 << 10;
         QTest::newRow("6 on, 4 off") << true << true << Dash(QList<qreal>{6, 4}) << 6 << 4;
         QTest::newRow("one length repeats") << false << false << Dash(QList<qreal>{5}) << 5 << 5;
     }
