@@ -122,6 +122,7 @@ void ChannelViewController::viewDidLoad() {
             &ChannelViewController::onCloseButtonPressed);
     connect(m_learnMoreContainerView, &FrameButtonView::clicked, this,
             &ChannelViewController::onLearnMoreContainerPressed);
+    setupAccessibility();
     isInteractiveLayoutVisible = true;
 }
 
@@ -318,6 +319,7 @@ void ChannelViewController::onMediaPageChanged() {
     if (page && nonEmpty(page->swipeUpText)) {
         m_learnMoreButtonText->setProperty("text", page->swipeUpText->toUpper());
     }
+    updatePageAccessibility();
     const QString type =
         page && page->mediaType ? rawValue(*page->mediaType) : QStringLiteral("nil");
     log(description() + QStringLiteral(" mediaCollectionView scroll animation complete -> ") +

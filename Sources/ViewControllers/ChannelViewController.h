@@ -137,6 +137,10 @@ private:
     void updateLearnMoreContainer(bool animate);
     static bool showsLearnMore(const std::optional<Page>& page);
     void showLearnMoreContainer();
+    /// Names the page's buttons for assistive technology (ChannelViewControllerAccessibility).
+    void setupAccessibility();
+    /// "Page 2 of 5" of the channel's title, and the learn-more button named after the link.
+    void updatePageAccessibility();
     void hideLearnMoreContainer();
     void adaptLayoutForAspectRatio();
     void applyTextShadow(QQuickItem* label);
