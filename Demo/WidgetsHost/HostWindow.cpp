@@ -114,6 +114,9 @@ void HostWindow::showPlayer(bool shown) {
         widget->setVisible(!shown);
     }
     menuBar()->setEnabled(!shown);
+    // Now, not on the next layout pass: the row announces the player before it builds it, and
+    // the player takes the size of the scene it opens in.
+    centralWidget()->layout()->activate();
 }
 
 QImage HostWindow::capture() {

@@ -14,10 +14,12 @@
 #include <QDir>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QQuickItem>
 #include <QQuickWidget>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
+#include <algorithm>
 #include <memory>
 
 #include "HostWindow.h"
@@ -48,6 +50,24 @@ void click(QQuickWidget* widget, QPointF position) {
     }
 }
 
+/// Where the row shows channel `index`: the cells are the row's stops for the Tab key.
+std::optional<QPointF> cellCenter(QQuickItem& row, int index) {
+    QList<QQuickItem*> cells;
+    for (QQuickItem* item = row.nextItemInFocusChain();
+         item && row.isAncestorOf(item) && !cells.contains(item);
+         item = item->nextItemInFocusChain()) {
+        cells.append(item);
+    }
+    std::sort(cells.begin(), cells.end(), [](QQuickItem* a, QQuickItem* b) {
+        return a->mapToScene({}).x() < b->mapToScene({}).x();
+    });
+    if (index >= cells.size()) {
+        return std::nullopt;
+    }
+    QQuickItem* cell = cells.at(index);
+    return cell->mapToScene(QPointF(cell->width() / 2, cell->height() / 2));
+}
+
 /// The row, then a tap on a cell; the first-use instructions are closed with Return, as a
 /// person with a keyboard would; then the player.
 void captureScreenshots(HostWindow& window, const QDir& directory) {
@@ -57,20 +77,23 @@ void captureScreenshots(HostWindow& window, const QDir& directory) {
         QCoreApplication::exit(1);
     });
     window.onRowLoaded = [&window, directory](int) {
-        window.onRowLoaded = nullptr;
-        QTimer::singleShot(kSettleMs, &window, [&window, directory] {
-            const auto center = window.row()->cellCenters().value(kPlayerChannel);
-            if (!save(window, directory, QStringLiteral("widgets-host")) || !center) {
+        // Clearing the callback destroys this closure: go on with copies of what it holds.
+        HostWindow* host = &window;
+        const QDir target = directory;
+        host->onRowLoaded = nullptr;
+        QTimer::singleShot(kSettleMs, host, [host, target] {
+            const std::optional<QPointF> center = cellCenter(*host->row(), kPlayerChannel);
+            if (!save(*host, target, QStringLiteral("widgets-host")) || !center) {
                 QCoreApplication::exit(1);
                 return;
             }
-            click(window.rowWidget(), *center);
-            QTimer::singleShot(kSettleMs, &window, [&window, directory] {
+            click(host->rowWidget(), *center);
+            QTimer::singleShot(kSettleMs, host, [host, target] {
                 QKeyEvent start(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
-                QCoreApplication::sendEvent(window.rowWidget(), &start);
-                QTimer::singleShot(kSettleMs, &window, [&window, directory] {
+                QCoreApplication::sendEvent(host->rowWidget(), &start);
+                QTimer::singleShot(kSettleMs, host, [host, target] {
                     QCoreApplication::exit(
-                        save(window, directory, QStringLiteral("widgets-host-player")) ? 0 : 1);
+                        save(*host, target, QStringLiteral("widgets-host-player")) ? 0 : 1);
                 });
             });
         });
