@@ -9,6 +9,7 @@
 #include <cmath>
 
 #include "Models/UserInput.h"
+#include "Platform/Bundle.h"
 #include "Platform/NotificationCenter.h"
 #include "Platform/UserDefaults.h"
 #include "Services/DatabaseService.h"

@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "Enums/RequestStatusError.h"
-#include "lumorasdk_export.h"
+#include <LumoraSDK/Enums/RequestStatusError.h>
+#include <LumoraSDK/lumorasdk_export.h>
 
 namespace LumoraSDK {
 
@@ -17,12 +17,14 @@ class LUMORASDK_EXPORT LumoraRowViewDelegate {
 public:
     virtual ~LumoraRowViewDelegate() = default;
 
+    /// A load of the channels started.
     virtual void onChannelsDataLoadStarted() {}
     /// `dataCount` is the number of channels received on success; on failure, the number held in
     /// the SDK's shared channel list (what the row still shows, 0 while it shows placeholders).
     virtual void onChannelsDataLoadComplete(bool /*success*/,
                                             const std::optional<RequestError>& /*error*/,
                                             int /*dataCount*/) {}
+    /// The player opened from the row was closed and has shrunk back into its cell.
     virtual void onChannelDismissed() {}
 };
 

@@ -31,6 +31,7 @@
 #include "Platform/Scheduler.h"
 #include "Platform/UserDefaults.h"
 #include "Services/NetworkingService.h"
+#include "Views/LumoraRowCollectionView.h"
 #include "Views/LumoraRowView.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
 #include "Views/LumoraRowViewDataSource.h"

@@ -4,7 +4,7 @@
 #include <QStringList>
 #include <optional>
 
-#include "lumorasdk_export.h"
+#include <LumoraSDK/lumorasdk_export.h>
 
 namespace LumoraSDK {
 

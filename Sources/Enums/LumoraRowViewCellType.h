@@ -3,7 +3,7 @@
 #include <QString>
 #include <optional>
 
-#include "lumorasdk_export.h"
+#include <LumoraSDK/lumorasdk_export.h>
 
 namespace LumoraSDK {
 

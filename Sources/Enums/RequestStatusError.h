@@ -4,7 +4,7 @@
 #include <optional>
 #include <variant>
 
-#include "lumorasdk_export.h"
+#include <LumoraSDK/lumorasdk_export.h>
 
 namespace LumoraSDK {
 
@@ -21,7 +21,7 @@ enum class RequestStatusError {
 
 /// A response that arrived with an acceptable status but could not become the expected entity.
 struct CustomRequestError {
-    std::optional<QString> customMessage;
+    std::optional<QString> customMessage;  ///< What went wrong, when known.
 };
 
 /// The only error values that reach a request's error callback.

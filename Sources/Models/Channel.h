@@ -5,21 +5,21 @@
 #include <QString>
 #include <optional>
 
-#include "Enums/Status.h"
-#include "Models/Page.h"
-#include "Models/Serializable.h"
-#include "lumorasdk_export.h"
+#include <LumoraSDK/Enums/Status.h>
+#include <LumoraSDK/Models/Page.h>
+#include <LumoraSDK/Models/Serializable.h>
+#include <LumoraSDK/lumorasdk_export.h>
 
 namespace LumoraSDK {
 
 /// One story: a titled, avatar-bearing list of pages with a read state.
 struct LUMORASDK_EXPORT Channel {
-    std::optional<QString> title{};              // "title"
-    std::optional<QString> id{};                 // "id"
-    std::optional<int> initialPage{};            // "initialPage": where the server resumes playback
-    std::optional<QString> profilePictureUrl{};  // "profilePictureUrl"
-    std::optional<Status> status{};              // "status"
-    QList<Page> pages{};                         // "pages", ascending by sortOrder
+    std::optional<QString> title{};    ///< "title": the channel's name
+    std::optional<QString> id{};       ///< "id": the channel's identity (diffs compare it)
+    std::optional<int> initialPage{};  ///< "initialPage": where the server resumes playback
+    std::optional<QString> profilePictureUrl{};  ///< "profilePictureUrl": the cell's picture
+    std::optional<Status> status{};              ///< "status": read or unread
+    QList<Page> pages{};                         ///< "pages", ascending by sortOrder
     /// True only for the cells the row shows while loading; never read from or written to JSON.
     bool isPlaceholder = false;
 
@@ -31,6 +31,7 @@ struct LUMORASDK_EXPORT Channel {
     /// or more pages must carry "sortOrder": a page without one stops the process.
     /// On the channel-load path: reads the object's members in place, in one pass.
     static std::optional<Channel> fromJson(const QJsonObject& json);
+    /// The present fields under their JSON keys.
     QJsonObject serialize() const;
 
     /// Channels are the same channel when their ids are equal (two absent ids included).

@@ -128,6 +128,7 @@ void ChannelViewController::viewDidLoad() {
             &ChannelViewController::layoutVideoContainer);
     connect(m_videoContainerView, &QQuickItem::heightChanged, this,
             &ChannelViewController::layoutVideoContainer);
+    setupAccessibility();
     isInteractiveLayoutVisible = true;
 }
 
@@ -324,6 +325,7 @@ void ChannelViewController::onMediaPageChanged() {
     if (page && nonEmpty(page->swipeUpText)) {
         m_learnMoreButtonText->setProperty("text", page->swipeUpText->toUpper());
     }
+    updatePageAccessibility();
     const QString type =
         page && page->mediaType ? rawValue(*page->mediaType) : QStringLiteral("nil");
     log(description() + QStringLiteral(" mediaCollectionView scroll animation complete -> ") +

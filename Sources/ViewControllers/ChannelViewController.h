@@ -150,6 +150,10 @@ private:
     void updateLearnMoreContainer(bool animate);
     static bool showsLearnMore(const std::optional<Page>& page);
     void showLearnMoreContainer();
+    /// Names the page's buttons for assistive technology (ChannelViewControllerAccessibility).
+    void setupAccessibility();
+    /// "Page 2 of 5" of the channel's title, and the learn-more button named after the link.
+    void updatePageAccessibility();
     void hideLearnMoreContainer();
     void adaptLayoutForAspectRatio();
     /// The share button, and the host's hit area over it, show on pages that have media.

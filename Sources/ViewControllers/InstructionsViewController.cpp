@@ -8,6 +8,7 @@
 #include <QStyleHints>
 #include <algorithm>
 
+#include "Extensions/AccessibilityExtensions.h"
 #include "Extensions/ColorExtensions.h"
 #include "Extensions/ViewExtensions.h"
 #include "Platform/Scheduler.h"
@@ -78,16 +79,23 @@ void InstructionsViewController::viewDidLoad() {
             &InstructionsViewController::onStartButtonPressed);
     // Escape or Return on the overlay (it takes the keyboard when it appears).
     connect(view(), SIGNAL(closeRequested()), this, SLOT(onCloseButtonPressed()));
+    // A dialog for assistive technology; Tab moves between its two buttons and stays there.
+    setAccessible(view(), QAccessible::Dialog, m_mainTitle->property("text").toString(),
+                  m_subTitle->property("text").toString());
+    makeAccessibleButton(m_startButton, m_startButtonTitle->property("text").toString(),
+                         tr("Closes the instructions and plays the page"), true);
+    makeAccessibleButton(m_closeButton, tr("Close"), tr("Closes the instructions"), true);
+    chainTabFocus({m_startButton, m_closeButton});
 }
 
 void InstructionsViewController::viewWillAppear(bool animated) {
     PresentableViewController::viewWillAppear(animated);
-    // The keyboard moves to the overlay once it is on the window (on the next turn), so that no
-    // key reaches the paused player below.
-    QPointer<QQuickItem> overlay(view());
-    MainQueue::async([overlay] {
-        if (overlay) {
-            overlay->forceActiveFocus();
+    // The keyboard moves to the overlay's start button once it is on the window (on the next
+    // turn), so that no key reaches the paused player below.
+    QPointer<QQuickItem> start(m_startButton);
+    MainQueue::async([start] {
+        if (start) {
+            start->forceActiveFocus(Qt::TabFocusReason);
         }
     });
     if (uiStyle) {

@@ -9,6 +9,7 @@
 
 #include "Extensions/ViewExtensions.h"
 #include "Lumora.h"
+#include "Platform/Bundle.h"
 #include "Services/Logger.h"
 #include "ViewControllers/PresentationStack.h"
 

@@ -6,6 +6,7 @@
 #include <QQuickItem>
 #include <algorithm>
 
+#include "Extensions/AccessibilityExtensions.h"
 #include "Extensions/ColorExtensions.h"
 #include "Extensions/ViewExtensions.h"
 #include "Platform/Layers/ShapeLayer.h"
@@ -84,6 +85,7 @@ void WebViewController::viewDidLoad() {
     m_containerView = outlet(QStringLiteral("containerView"));
     m_progressBar = outlet(QStringLiteral("progressBar"));
     m_closeButton = outlet<FrameButtonView>(QStringLiteral("closeButton"));
+    makeAccessibleButton(m_closeButton, tr("Close"), tr("Closes the web page"), false);
     m_topBarTopConstraint = anchorsOf(m_topBarView);
     m_progressBarTrailingConstraint = anchorsOf(m_progressBar);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QPointer>
 #include <QString>
 #include <QUrl>
@@ -18,8 +19,9 @@ class ImageView;
 /// page's picture, a video page's play card), filling the cell, and announces through
 /// Lumora::onChannelMediaReady when that image has finished loading, so that playback of the page
 /// can start. A failed load counts as finished: a page never waits for ever on a broken image.
-class LUMORASDK_EXPORT ChannelMediaCollectionViewCell : public CollectionViewCell {
+class LUMORASDK_EXPORT ChannelMediaCollectionViewCell : public LumoraSDK::CollectionViewCell {
     Q_OBJECT
+    QML_ELEMENT
 
 public:
     /// User-info keys of the readiness notice.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QPointer>
 #include <QString>
 #include <QUrl>
@@ -15,8 +16,9 @@ class ShapeLayer;
 /// One segment of a channel's page progress bar: a faint white track with a white fill over it,
 /// as wide as the segment times its fill fraction. Both are drawn layers of the content view,
 /// made anew on every change of the fill rather than resized.
-class LUMORASDK_EXPORT ChannelProgressCollectionViewCell : public CollectionViewCell {
+class LUMORASDK_EXPORT ChannelProgressCollectionViewCell : public LumoraSDK::CollectionViewCell {
     Q_OBJECT
+    QML_ELEMENT
 
 public:
     /// Opacity of the white track under the fill.

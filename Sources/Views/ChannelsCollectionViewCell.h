@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <optional>
 
 #include "Platform/CollectionView/CollectionViewCell.h"
@@ -9,8 +10,9 @@ namespace LumoraSDK {
 
 /// One channel of the player's pager: the page player's view sits in the content view, which the
 /// cube transition turns.
-class LUMORASDK_EXPORT ChannelsCollectionViewCell : public CollectionViewCell {
+class LUMORASDK_EXPORT ChannelsCollectionViewCell : public LumoraSDK::CollectionViewCell {
     Q_OBJECT
+    QML_ELEMENT
 
 public:
     explicit ChannelsCollectionViewCell(QQuickItem* parent = nullptr);

@@ -1,5 +1,6 @@
 #include "FrameButtonView.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -7,6 +8,8 @@
 #include "Platform/Layers/ShapeLayer.h"
 
 namespace LumoraSDK {
+
+const QColor FrameButtonView::kFocusColor(0x3b, 0x82, 0xf6);
 
 FrameButtonView::FrameButtonView(QQuickItem* parent) : ImageView(parent) {
     setAcceptedMouseButtons(Qt::LeftButton);
@@ -95,6 +98,16 @@ void FrameButtonView::paint(QPainter* painter) {
     }
     drawImage(painter, m_backgroundImage, bounds);
     drawImage(painter, image(), bounds);
+    if (hasActiveFocus()) {
+        // Inside the outline, so that the frame's clipping keeps all of it.
+        const qreal inset = kFocusLineWidth / 2;
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(QPen(kFocusColor, kFocusLineWidth));
+        painter->drawPath(roundedRectPath(bounds.adjusted(inset, inset, -inset, -inset), corners(),
+                                          m_cornerRadius));
+        painter->restore();
+    }
 }
 
 void FrameButtonView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
@@ -107,6 +120,31 @@ void FrameButtonView::geometryChange(const QRectF& newGeometry, const QRectF& ol
 void FrameButtonView::componentComplete() {
     ImageView::componentComplete();
     applyCornersAndBorder();
+}
+
+void FrameButtonView::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+        case Qt::Key_Space:
+            if (!event->isAutoRepeat()) {
+                emit clicked();
+            }
+            event->accept();
+            return;
+        default:
+            ImageView::keyPressEvent(event);
+    }
+}
+
+void FrameButtonView::focusInEvent(QFocusEvent* event) {
+    ImageView::focusInEvent(event);
+    update();
+}
+
+void FrameButtonView::focusOutEvent(QFocusEvent* event) {
+    ImageView::focusOutEvent(event);
+    update();
 }
 
 void FrameButtonView::mousePressEvent(QMouseEvent* event) {

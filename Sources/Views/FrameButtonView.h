@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QColor>
 #include <QList>
 #include <functional>
@@ -11,7 +12,7 @@ namespace LumoraSDK {
 
 /// A button that draws its own rounded, optionally dashed frame and clips its pictures to it.
 /// It dims to half opacity while pressed and emits clicked() on release inside.
-class LUMORASDK_EXPORT FrameButtonView : public ImageView {
+class LUMORASDK_EXPORT FrameButtonView : public LumoraSDK::ImageView {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(qreal borderWidth READ borderWidth WRITE setBorderWidth NOTIFY frameChanged FINAL)
@@ -26,6 +27,10 @@ class LUMORASDK_EXPORT FrameButtonView : public ImageView {
                    frameChanged FINAL)
 
 public:
+    /// The outline of a button that has the keyboard.
+    static const QColor kFocusColor;
+    static constexpr qreal kFocusLineWidth = 2;
+
     explicit FrameButtonView(QQuickItem* parent = nullptr);
 
     qreal borderWidth() const { return m_borderWidth; }
@@ -69,6 +74,11 @@ signals:
 protected:
     void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
     void componentComplete() override;
+    /// A button the keyboard reaches (activeFocusOnTab) clicks on Return, Enter or Space and
+    /// shows a focus outline.
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseUngrabEvent() override;

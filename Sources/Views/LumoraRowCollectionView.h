@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <functional>
 
 #include "Platform/CollectionView/CollectionView.h"
@@ -9,8 +10,9 @@ namespace LumoraSDK {
 
 /// The row's strip. Adds a programmatic scroll that reports its end: the row scrolls to a cell
 /// this way before it opens the player from it.
-class LUMORASDK_EXPORT LumoraRowCollectionView : public CollectionView {
+class LUMORASDK_EXPORT LumoraRowCollectionView : public LumoraSDK::CollectionView {
     Q_OBJECT
+    QML_ELEMENT
 
 public:
     explicit LumoraRowCollectionView(QQuickItem* parent = nullptr);

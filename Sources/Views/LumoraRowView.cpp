@@ -84,6 +84,10 @@ LumoraRowView::~LumoraRowView() {
     delete m_view;
 }
 
+LumoraRowCollectionView* LumoraRowView::collectionView() const {
+    return m_collectionView;
+}
+
 void LumoraRowView::componentComplete() {
     QQuickItem::componentComplete();
     setupIfNeeded();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QQuickItem>
 
 #include "lumorasdk_export.h"
@@ -18,6 +19,7 @@ bool passTouchThrough(bool passthroughTouchEvents, QEvent* event);
 /// touches keep them either way.
 class LUMORASDK_EXPORT PassthroughTouchView : public QQuickItem {
     Q_OBJECT
+    QML_ELEMENT
     Q_PROPERTY(bool passthroughTouchEvents MEMBER passthroughTouchEvents FINAL)
 
 public:

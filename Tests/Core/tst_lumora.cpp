@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include "Lumora.h"
+#include "Platform/Bundle.h"
 #include "Platform/NotificationCenter.h"
 #include "Platform/UserDefaults.h"
 #include "Services/DatabaseService.h"

@@ -13,6 +13,7 @@
 
 #include "DevServer.h"
 #include "Lumora.h"
+#include "Platform/Bundle.h"
 #include "Platform/UserDefaults.h"
 #include "Services/DatabaseService.h"
 

@@ -22,6 +22,7 @@
 #include "Platform/Scheduler.h"
 #include "Services/NetworkingService.h"
 #include "TestSupport.h"
+#include "Views/LumoraRowCollectionView.h"
 #include "Views/LumoraRowView.h"
 #include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
 #include "Views/LumoraRowViewDataSource.h"

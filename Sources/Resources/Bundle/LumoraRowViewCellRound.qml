@@ -29,6 +29,17 @@ LumoraRowViewCellRound {
         }
     }
 
+    // Where the keyboard is: an outline around the picture while the cell has the focus.
+    Rectangle {
+        anchors.fill: frame
+        anchors.margins: -2
+        radius: width / 2
+        color: "transparent"
+        border.color: "#3b82f6"  // FrameButtonView::kFocusColor
+        border.width: 2
+        visible: cell.activeFocus
+    }
+
     FrameButtonView {
         objectName: "labelPlaceholder"
         anchors.top: frame.bottom

@@ -20,6 +20,17 @@ LumoraRowViewCellSquare {
         backgroundColor: "#3b4150"
     }
 
+    // Where the keyboard is: an outline around the card while the cell has the focus.
+    Rectangle {
+        anchors.fill: picture
+        anchors.margins: -2
+        radius: picture.cornerRadius + 2
+        color: "transparent"
+        border.color: "#3b82f6"  // FrameButtonView::kFocusColor
+        border.width: 2
+        visible: cell.activeFocus
+    }
+
     ImageView {
         objectName: "gradientBottom"
         anchors.left: parent.left

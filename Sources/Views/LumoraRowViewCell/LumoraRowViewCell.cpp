@@ -79,11 +79,12 @@ void LumoraRowViewCell::prepareForReuse() {
 // ---------------------------------------------------------------------------------------------
 // Content
 
-void LumoraRowViewCell::setup(int, const Channel&, const Branding& branding,
+void LumoraRowViewCell::setup(int, const Channel& channel, const Branding& branding,
                               LumoraRowViewStyle style) {
     if (!m_label || !m_imageButton) {
         qFatal("%s - setup without its label and picture outlets", qPrintable(description()));
     }
+    m_title = channel.title.value_or(QString());
     m_primaryColorActive = branding.primaryColor;
     m_secondaryColorActive = branding.secondaryColor;
     applyUiStyle(style);
@@ -154,6 +155,7 @@ void LumoraRowViewCell::setActive(bool active) {
     if (m_inactiveGradientBorderLayer) {
         m_inactiveGradientBorderLayer->setVisible(!active);
     }
+    updateAccessibility();
     if (changed) {
         Q_EMIT activeChanged();
     }
@@ -163,6 +165,7 @@ void LumoraRowViewCell::setPlaceholder(bool placeholder) {
     const bool changed = m_isPlaceholder != placeholder;
     m_isPlaceholder = placeholder;
     placeholderDidChange();
+    updateAccessibility();
     if (changed) {
         Q_EMIT placeholderChanged();
     }

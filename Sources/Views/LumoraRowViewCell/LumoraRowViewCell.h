@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QColor>
 #include <QImage>
 #include <QList>
@@ -26,8 +27,10 @@ class LumoraRowView;
 ///
 /// Each variant comes from a QML interface file named after its class, whose root is the variant
 /// and whose children carry the outlets' objectNames. A missing outlet stops the process.
-class LUMORASDK_EXPORT LumoraRowViewCell : public CollectionViewCell {
+class LUMORASDK_EXPORT LumoraRowViewCell : public LumoraSDK::CollectionViewCell {
     Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("the base of the row's cells")
     Q_PROPERTY(bool isActive READ isActive NOTIFY activeChanged FINAL)
     Q_PROPERTY(bool isPlaceholder READ isPlaceholder NOTIFY placeholderChanged FINAL)
 
@@ -117,6 +120,11 @@ public:
     /// Leaves no picture of the previous channel behind.
     void prepareForReuse() override;
 
+    /// What assistive technology reads: the channel's title ("Loading" for a placeholder) ...
+    QString accessibleName() const;
+    /// ... and its read state, "Unread" or "Read".
+    QString accessibleDescription() const;
+
 Q_SIGNALS:
     void activeChanged();
     void placeholderChanged();
@@ -124,6 +132,10 @@ Q_SIGNALS:
 protected:
     /// Looks up the common outlets; variants look up theirs after calling this.
     void componentComplete() override;
+    /// Return, Enter or Space open the player, like a tap.
+    void keyPressEvent(QKeyEvent* event) override;
+    /// A cell the keyboard reaches scrolls into view, bringing the next cell within reach.
+    void focusInEvent(QFocusEvent* event) override;
     /// The child item named `name`, which must exist and be a T.
     template <typename T>
     T* outlet(const char* name) const;
@@ -149,9 +161,12 @@ protected:
 
 private:
     void layoutRings();
+    /// Hands the name and read state to assistive technology; Tab stops on real cells only.
+    void updateAccessibility();
     QQuickItem* findOutlet(const char* name) const;
 
     std::optional<int> m_currentIndex;
+    QString m_title;
     std::optional<qreal> m_labelTextSize;
     qreal m_animatePopScale = 1.1;
     bool m_isActive = false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QPointer>
 
 #include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
@@ -8,8 +9,9 @@
 namespace LumoraSDK {
 
 /// A round picture with the channel's title below it; the rings go around the picture's frame.
-class LUMORASDK_EXPORT LumoraRowViewCellRound : public LumoraRowViewCell {
+class LUMORASDK_EXPORT LumoraRowViewCellRound : public LumoraSDK::LumoraRowViewCell {
     Q_OBJECT
+    QML_ELEMENT
 
 public:
     explicit LumoraRowViewCellRound(QQuickItem* parent = nullptr);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QPointer>
 
 #include "Views/LumoraRowViewCell/LumoraRowViewCell.h"
@@ -10,8 +11,9 @@ namespace LumoraSDK {
 /// A 9:16 card: the preview of the channel's first page fills it, a small round channel icon
 /// sits in its corner (the rings go around the icon) and the title stands over a gradient that
 /// darkens the card's lower part.
-class LUMORASDK_EXPORT LumoraRowViewCellSquare : public LumoraRowViewCell {
+class LUMORASDK_EXPORT LumoraRowViewCellSquare : public LumoraSDK::LumoraRowViewCell {
     Q_OBJECT
+    QML_ELEMENT
 
 public:
     /// The placeholder ring is this fraction of the icon frame's border width, whatever the scale.
