@@ -165,7 +165,7 @@ private slots:
                                         << QStringList{"history b b-1", "previousPage b b-1"};
         QTest::newRow("tap on the card's right")
             << "card" << 1 << 2 << QStringList{"history b b-3", "skipPage b b-3"};
-        QTest::newRow("tab to the first control, space")
+        QTest::newRow("tab to the previous arrow, space")
             << "tab" << 1 << 0 << QStringList{"history b b-1", "previousPage b b-1"};
         QTest::newRow("next neighbour")
             << "nextNeighbour" << 2 << 0
@@ -187,7 +187,15 @@ private slots:
         } else if (action == "backdrop") {
             click(QPointF(30, 400));
         } else if (action == "tab") {
-            QTest::keyClick(window(), Qt::Key_Tab);
+            // The page's own buttons are tab stops too; the arrow is among the first few.
+            const auto focused = [this] {
+                QQuickItem* item = window()->activeFocusItem();
+                return item ? item->objectName() : QString();
+            };
+            for (int stop = 0; stop < 8 && focused() != "previousArrowButton"; ++stop) {
+                QTest::keyClick(window(), Qt::Key_Tab);
+            }
+            QCOMPARE(focused(), QStringLiteral("previousArrowButton"));
             QTest::keyClick(window(), Qt::Key_Space);
         } else {
             click(qPrintable(action));
