@@ -48,11 +48,11 @@ QStringList getInitialPageVideoUrls(const QList<Channel>& channels, DatabaseServ
     QStringList urls;
     for (const Channel& channel : channels) {
         const QVariantMap mapping = database.channelInitialPageMapping();
-        const int stored = mapping.value(mappingKey(channel), 0).toInt();
-        const int index = channel.initialPage ? std::max(stored, *channel.initialPage) : stored;
+        const qint64 stored = mapping.value(mappingKey(channel), 0).toLongLong();
+        const qint64 index = channel.initialPage ? std::max(stored, *channel.initialPage) : stored;
         if (index < 0) {
-            qFatal("getInitialPageVideoUrls - channel %s resumes at negative page %d",
-                   qUtf8Printable(channel.id.value_or(QStringLiteral("nil"))), index);
+            qFatal("getInitialPageVideoUrls - channel %s resumes at negative page %lld",
+                   qUtf8Printable(channel.id.value_or(QStringLiteral("nil"))), qlonglong(index));
         }
         if (index >= channel.pages.size()) {
             continue;

@@ -16,7 +16,7 @@ namespace LumoraSDK {
 struct LUMORASDK_EXPORT Channel {
     std::optional<QString> title{};              // "title"
     std::optional<QString> id{};                 // "id"
-    std::optional<int> initialPage{};            // "initialPage": where the server resumes playback
+    std::optional<qint64> initialPage{};         // "initialPage": where the server resumes playback
     std::optional<QString> profilePictureUrl{};  // "profilePictureUrl"
     std::optional<Status> status{};              // "status"
     QList<Page> pages{};                         // "pages", ascending by sortOrder

@@ -15,13 +15,13 @@ namespace LumoraSDK {
 /// an optional swipe-up link. Every field is optional; the API may leave any of them out.
 struct LUMORASDK_EXPORT Page {
     std::optional<PageType> mediaType{};   // "type"
-    std::optional<int> duration{};         // "duration", in seconds
+    std::optional<qint64> duration{};      // "duration", in seconds
     std::optional<QString> url{};          // "url": the media address
     std::optional<QString> swipeUpText{};  // "swipeUpText"
     std::optional<QString> swipeUpUrl{};   // "swipeUpUrl"
     std::optional<bool> showSwipeUpUI{};   // "showSwipeUpUi" (the key ends in lower-case "Ui")
     std::optional<QString> playcardUrl{};  // "playcardUrl": the still shown before a video plays
-    std::optional<int> sortOrder{};        // "sortOrder"
+    std::optional<qint64> sortOrder{};     // "sortOrder"
     std::optional<QString> id{};           // "id"
     std::optional<Status> status{};        // "status"
     std::optional<bool> isSkippable{};     // "skippable"

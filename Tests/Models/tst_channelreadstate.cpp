@@ -80,6 +80,7 @@ private slots:
         QFETCH(QVariantMap, after);
         m_database->setChannelIsReadMapping(before);
         updateLocalChannelReadMapping(decoded(channels), *m_database);
+        m_store->flush();
         // Read through a second store on the same file: what a later process would see.
         QCOMPARE(UserDefaults(m_store->filePath())
                      .dictionary(DatabaseService::Key::channelIsReadMapping),
@@ -122,7 +123,7 @@ private slots:
         QCOMPARE(updated.size(), 2);
         QCOMPARE(updated[0].serialize(), other);  // order and unaffected channels kept
         QCOMPARE(updated[1].status ? rawValue(*updated[1].status) : QString(), status);
-        QCOMPARE(updated[1].initialPage.value_or(-1), initialPage);
+        QCOMPARE(updated[1].initialPage.value_or(-1), qint64(initialPage));
         QCOMPARE(updated[1].pages, channels[1].pages);
     }
 

@@ -73,7 +73,12 @@ private slots:
         row("duration fraction", "page", "duration", 3.5, false);
         row("duration text", "page", "duration", "3", false);
         row("duration boolean", "page", "duration", true, false);
-        row("duration beyond int", "page", "duration", 1e10, false);
+        row("duration beyond int", "page", "duration", 1e10, true);
+        row("duration beyond 64 bits", "page", "duration", 1e19, false);
+        row("expires_in beyond int", "authorization", "expires_in", 3000000000.0, true);
+        row("expires_in fraction", "authorization", "expires_in", 3000000000.5, false);
+        row("initialPage beyond int, negative", "channel", "initialPage", -9007199254740992.0,
+            true);
         row("url number", "page", "url", 4, false);
         row("url deeply nested", "page", "url", deeplyNested(5000), false);
         row("showSwipeUpUi false", "page", "showSwipeUpUi", false, true);
