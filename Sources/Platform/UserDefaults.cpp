@@ -119,7 +119,9 @@ struct UserDefaults::Private {
             mine = owned;
             defaults = registered;
         }
+        UserDefaultsFile::ensureDirectory(filePath);
         const FileLock fileLock(filePath + QStringLiteral(".lock"));
+        UserDefaultsFile::removeLeftovers(filePath);
         QVariantMap merged = UserDefaultsFile::read(filePath).value_or(QVariantMap());
         for (const QString& key : mine) {
             merged.remove(key);

@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QSaveFile>
 
 #include "PlatformLog.h"
@@ -66,6 +67,8 @@ void narrowToOwner(QFile& file) {
                              : QStringLiteral("cannot narrow it: ") + file.errorString());
 }
 
+}  // namespace
+
 void ensureDirectory(const QString& path) {
     const QString directory = QFileInfo(path).absolutePath();
     if (QFileInfo::exists(directory)) {
@@ -74,8 +77,6 @@ void ensureDirectory(const QString& path) {
     QDir().mkpath(directory);
     QFile::setPermissions(directory, kOwnerOnlyDirectory);
 }
-
-}  // namespace
 
 QJsonValue::Type jsonType(const QVariant& value) {
     return QJsonValue::fromVariant(value).type();
@@ -131,8 +132,20 @@ QStringList dropMistyped(QVariantMap& values, const QVariantMap& registered, con
     return dropped;
 }
 
+void removeLeftovers(const QString& path) {
+    const QFileInfo info(path);
+    const QRegularExpression temporary(
+        QStringLiteral("^%1\\.[A-Za-z0-9]{6}$").arg(QRegularExpression::escape(info.fileName())));
+    QDir directory = info.absoluteDir();
+    for (const QString& name : directory.entryList({info.fileName() + QStringLiteral(".*")},
+                                                   QDir::Files | QDir::Hidden)) {
+        if (temporary.match(name).hasMatch()) {
+            directory.remove(name);
+        }
+    }
+}
+
 bool write(const QString& path, const QVariantMap& values) {
-    ensureDirectory(path);
     QSaveFile file(path);
     // Owner-only before the first byte goes in; the rename keeps the mode.
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(kOwnerOnlyFile)) {

@@ -22,8 +22,15 @@ std::optional<QVariantMap> read(const QString& path);
 /// naming the key. Returns the keys dropped.
 QStringList dropMistyped(QVariantMap& values, const QVariantMap& registered, const QString& path);
 
-/// Replaces the file with `values`: temporary file, sync, rename; owner-only. The directory is
-/// created owner-only when missing. False (with an error line) when it could not be written.
+/// Creates the file's directory, owner-only, when it is missing.
+void ensureDirectory(const QString& path);
+
+/// Removes the temporary files of writes that a crash interrupted ("<file>.XXXXXX"). Only safe
+/// under the store's lock, when no write is under way.
+void removeLeftovers(const QString& path);
+
+/// Replaces the file with `values`: temporary file, sync, rename; owner-only. False (with an error
+/// line) when it could not be written.
 bool write(const QString& path, const QVariantMap& values);
 
 }  // namespace LumoraSDK::UserDefaultsFile
