@@ -15,10 +15,10 @@ QString mappingKey(const Channel& channel) {
 void updateLocalChannelReadMapping(const QList<Channel>& channels, DatabaseService& database) {
     database.setChannelIsReadMapping(QVariantMap());
     // Stored after every channel, so the store holds each step; a repeated id keeps the last flag.
+    // Each step changes the stored map in place: copying the whole map per channel made a
+    // reload of a long list quadratic.
     for (const Channel& channel : channels) {
-        QVariantMap mapping = database.channelIsReadMapping();
-        mapping.insert(mappingKey(channel), channel.isRead());
-        database.setChannelIsReadMapping(mapping);
+        database.setChannelIsRead(mappingKey(channel), channel.isRead());
     }
 }
 

@@ -263,6 +263,18 @@ void UserDefaults::removeObject(const QString& key) {
     setValue(key, QVariant());
 }
 
+void UserDefaults::setDictionaryValue(const QString& key, const QString& entry,
+                                      const QVariant& value) {
+    std::unique_lock lock(d->mutex);
+    QVariant& stored = d->values[key];
+    if (stored.typeId() != QMetaType::QVariantMap) {
+        stored = QVariantMap();
+    }
+    // data() hands out the map itself: no copy unless a reader still shares it.
+    static_cast<QVariantMap*>(stored.data())->insert(entry, value);
+    d->markChanged(key, lock);
+}
+
 QVariantMap UserDefaults::dictionaryRepresentation() const {
     std::lock_guard lock(d->mutex);
     QVariantMap merged = d->registered;

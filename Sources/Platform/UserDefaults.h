@@ -68,6 +68,10 @@ public:
     /// Stores a value; an invalid QVariant removes the key.
     void setValue(const QString& key, const QVariant& value);
     void removeObject(const QString& key);
+    /// Stores `value` as the `entry` of the dictionary at `key`, in place: the same as reading
+    /// the dictionary, inserting and storing it back, without copying the whole dictionary.
+    /// A key that holds no dictionary is given a new one.
+    void setDictionaryValue(const QString& key, const QString& entry, const QVariant& value);
 
     /// Registered defaults overlaid with every stored value.
     QVariantMap dictionaryRepresentation() const;

@@ -140,4 +140,8 @@ void DatabaseService::setChannelIsReadMapping(const QVariantMap& mapping) {
     m_userDefaults.setValue(Key::channelIsReadMapping, mapping);
 }
 
+void DatabaseService::setChannelIsRead(const QString& channelId, bool isRead) {
+    m_userDefaults.setDictionaryValue(Key::channelIsReadMapping, channelId, isRead);
+}
+
 }  // namespace LumoraSDK

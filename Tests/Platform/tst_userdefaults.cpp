@@ -108,6 +108,20 @@ private slots:
         QCOMPARE(store.boolValue(QStringLiteral("missing")), false);
     }
 
+    void dictionaryEntriesChangeInPlaceButNeverUnderAReader() {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("d.json"));
+        UserDefaults store(path);
+        store.setValue(QStringLiteral("map"), QStringLiteral("not a map"));
+        store.setDictionaryValue(QStringLiteral("map"), QStringLiteral("a"), true);
+        const QVariantMap before = *store.dictionary(QStringLiteral("map"));
+        store.setDictionaryValue(QStringLiteral("map"), QStringLiteral("b"), false);
+        QCOMPARE(before, QVariantMap({{"a", true}}));
+        store.flush();
+        QCOMPARE(UserDefaults(path).dictionary(QStringLiteral("map")),
+                 std::optional<QVariantMap>(QVariantMap({{"a", true}, {"b", false}})));
+    }
+
     void removeFallsBackToTheRegisteredDefault() {
         QTemporaryDir dir;
         UserDefaults store(dir.filePath(QStringLiteral("d.json")));
