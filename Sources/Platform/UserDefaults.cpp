@@ -247,12 +247,10 @@ bool UserDefaults::boolValue(const QString& key) const {
 
 void UserDefaults::setValue(const QString& key, const QVariant& value) {
     std::unique_lock lock(d->mutex);
+    // Removing a key this process never saw still claims it and writes: another process may
+    // have stored it since this one loaded, and the file must lose it too.
     if (!value.isValid()) {
-        // Removing a key this process never saw still claims it: the file loses it too.
-        d->owned.insert(key);
-        if (d->values.remove(key) == 0) {
-            return;
-        }
+        d->values.remove(key);
     } else {
         d->values.insert(key, value);
     }

@@ -281,6 +281,19 @@ private slots:
         QCOMPARE(reopened.object(QStringLiteral("later")).toInt(), 3);
     }
 
+    void removingAKeyStoredByAnotherProcessSinceLoadTakesItOut() {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("defaults.json"));
+        UserDefaults other(path);
+        {
+            UserDefaults self(path);
+            other.setValue(QStringLiteral("token"), QStringLiteral("t"));
+            other.flush();
+            self.removeObject(QStringLiteral("token"));
+        }
+        QVERIFY(!UserDefaults(path).object(QStringLiteral("token")).isValid());
+    }
+
     void fileIsOwnerOnly() {
         QTemporaryDir dir;
         const QString directory = dir.filePath(QStringLiteral("config/app"));
