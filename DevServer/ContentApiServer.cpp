@@ -56,12 +56,12 @@ bool isConnectionOf(int fd, const httplib::Request& request) {
 }  // namespace
 
 ContentApiServer::ContentApiServer(ContentLibrary content, std::string apiKey,
-                                   const TlsIdentity* tls)
+                                   const TlsIdentity* tls, int mediaMaxAgeSeconds)
     : m_content(std::move(content))
     , m_tls(tls != nullptr)
     , m_api(m_content, m_users, m_journal, std::move(apiKey), m_tls)
     , m_dev(m_content, m_users, m_journal, m_faults, m_tls)
-    , m_media(m_content) {
+    , m_media(m_content, mediaMaxAgeSeconds) {
     if (tls) {
         m_http = std::make_unique<httplib::SSLServer>(tls->serverCertificate(), tls->serverKey());
     } else {
@@ -141,9 +141,12 @@ void ContentApiServer::dispatch(const httplib::Request& request, httplib::Respon
     // answer a second time, and read past the end of a file for ranges beyond it.
     const_cast<httplib::Request&>(request).ranges.clear();
 
-    const bool api = request.path.starts_with("/api/");
+    // API and media requests are journalled; /dev/requests answers the API ones unless asked
+    // for another prefix.
+    const bool journalled =
+        request.path.starts_with("/api/") || request.path.starts_with("/media/");
     int64_t seq = 0;
-    if (api) {
+    if (journalled) {
         seq = m_journal.beginRequest(
             QJsonObject{{"method", textOf(request.method)},
                         {"path", textOf(request.path)},
@@ -160,7 +163,7 @@ void ContentApiServer::dispatch(const httplib::Request& request, httplib::Respon
             response.set_header("Content-Type", *fault->contentType);
         }
     }
-    if (api) {
+    if (journalled) {
         m_journal.finishRequest(seq, fault && fault->drop ? 0 : response.status);
     }
 }
@@ -196,6 +199,9 @@ bool ContentApiServer::applyFault(const Fault& fault, const httplib::Request& re
         return false;
     }
     response.status = fault.status.value_or(200);
+    if (fault.location) {
+        response.set_header("Location", *fault.location);
+    }
     auto body = std::make_shared<const Fault::Body>(fault.replacementBody(
         fault.bodyKind ? m_content.channelsFor({}, requestBaseUrl(request, m_tls)) : QJsonArray{}));
     // Served through a provider of known length, which the library never compresses: the client

@@ -30,7 +30,8 @@ public:
     static constexpr size_t kMaximumJournalBody = 64u * 1024;
 
     /// Serves plain HTTP when `tls` is null.
-    ContentApiServer(ContentLibrary content, std::string apiKey, const TlsIdentity* tls);
+    ContentApiServer(ContentLibrary content, std::string apiKey, const TlsIdentity* tls,
+                     int mediaMaxAgeSeconds = MediaFiles::kDefaultMaxAgeSeconds);
 
     FaultTable& faults() { return m_faults; }
 

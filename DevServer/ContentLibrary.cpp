@@ -111,6 +111,38 @@ QJsonArray ContentLibrary::channelsFor(const ViewedPages& viewed,
     return result;
 }
 
+void ContentLibrary::repeatChannels(size_t count) {
+    const QJsonArray originals = m_channels;
+    if (originals.isEmpty()) {
+        return;
+    }
+    QJsonArray repeated;
+    for (size_t i = 0; i < count; ++i) {
+        const size_t round = i / size_t(originals.size());
+        QJsonObject channel = originals[qsizetype(i % size_t(originals.size()))].toObject();
+        if (round > 0) {
+            const QString suffix = QStringLiteral("-%1").arg(round + 1);
+            auto renew = [&suffix](QJsonObject& entity) {
+                if (entity.value("id").isString()) {
+                    entity.insert("id", entity.value("id").toString() + suffix);
+                }
+            };
+            renew(channel);
+            QJsonArray pages = channel.value("pages").toArray();
+            for (qsizetype p = 0; p < pages.size(); ++p) {
+                QJsonObject page = pages[p].toObject();
+                renew(page);
+                pages.replace(p, page);
+            }
+            if (channel.contains("pages")) {
+                channel.insert("pages", pages);
+            }
+        }
+        repeated.append(channel);
+    }
+    m_channels = repeated;
+}
+
 std::optional<std::filesystem::path> ContentLibrary::file(const std::string& relativePath) const {
     if (relativePath.empty() || relativePath.find('\0') != std::string::npos) {
         return std::nullopt;

@@ -23,6 +23,10 @@ public:
     /// and "status" from the content or that user's viewing history.
     QJsonArray channelsFor(const ViewedPages& viewed, const std::string& baseUrl) const;
 
+    /// Makes the list `count` channels long by repeating the content's channels in order; every
+    /// copy after the first round gets fresh channel and page ids ("<id>-<round>").
+    void repeatChannels(size_t count);
+
     /// The regular file at `relativePath` inside the directory; nothing for paths that leave it.
     std::optional<std::filesystem::path> file(const std::string& relativePath) const;
 

@@ -34,7 +34,9 @@ void DevRoutes::handle(const httplib::Request& request, httplib::Response& respo
     } else if (path == "/dev/events" && get) {
         setJson(response, 200, m_journal.events());
     } else if (path == "/dev/requests" && get) {
-        setJson(response, 200, m_journal.requests());
+        setJson(response, 200,
+                m_journal.requests(request.has_param("prefix") ? request.get_param_value("prefix")
+                                                               : "/api/"));
     } else if (path == "/dev/reset" && method == "POST") {
         m_journal.clear();
         m_users.clear();

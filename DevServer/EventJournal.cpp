@@ -56,9 +56,16 @@ QJsonArray EventJournal::events() const {
     return toArray(m_events);
 }
 
-QJsonArray EventJournal::requests() const {
+QJsonArray EventJournal::requests(const std::string& prefix) const {
+    const QString wanted = QString::fromStdString(prefix);
     std::lock_guard lock(m_mutex);
-    return toArray(m_requests);
+    QJsonArray array;
+    for (const auto& entry : m_requests) {
+        if (entry.value("path").toString().startsWith(wanted)) {
+            array.append(entry);
+        }
+    }
+    return array;
 }
 
 QJsonArray EventJournal::recentEvents(size_t count) const {

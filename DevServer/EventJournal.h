@@ -25,7 +25,8 @@ public:
     void recordEvent(const std::string& kind, const std::string& user, const QJsonValue& body);
 
     QJsonArray events() const;
-    QJsonArray requests() const;
+    /// The requests whose path starts with `prefix`.
+    QJsonArray requests(const std::string& prefix) const;
     /// The last `count` events, newest first, for the index page.
     QJsonArray recentEvents(size_t count) const;
 

@@ -64,7 +64,7 @@ std::optional<Fault> Fault::fromJson(const QJsonObject& object, std::string& err
     if (!integer("status", 100, 599, fault.status) ||
         !integer("delayMs", 0, 600000, fault.delayMs) ||
         !integer("times", 1, 1000000, fault.times) || !text("body", fault.body) ||
-        !text("contentType", fault.contentType)) {
+        !text("contentType", fault.contentType) || !text("location", fault.location)) {
         return std::nullopt;
     }
     if (object.contains("drop")) {
@@ -106,6 +106,9 @@ QJsonObject Fault::toJson() const {
     }
     if (contentType) {
         object.insert("contentType", QString::fromStdString(*contentType));
+    }
+    if (location) {
+        object.insert("location", QString::fromStdString(*location));
     }
     object.insert("drop", drop);
     if (times) {

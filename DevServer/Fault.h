@@ -22,10 +22,12 @@ struct Fault {
     std::optional<std::string> body;
     std::optional<BodyKind> bodyKind;
     std::optional<std::string> contentType;
+    std::optional<std::string> location;  // a Location header, for redirects
     bool drop = false;
     std::optional<int> times;  // requests left; nothing: until cleared
 
-    /// Reads {"route", "status", "delayMs", "body", "bodyKind", "contentType", "drop", "times"};
+    /// Reads {"route", "status", "delayMs", "body", "bodyKind", "contentType", "location", "drop",
+    /// "times"};
     /// `route` is taken from the object unless given. Returns nothing and fills `error` when a
     /// field has the wrong type or value.
     static std::optional<Fault> fromJson(const QJsonObject& object, std::string& error,

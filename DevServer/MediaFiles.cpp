@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -22,9 +25,36 @@ bool parseNumber(std::string_view text, uint64_t& value) {
     return ec == std::errc() && ptr == text.data() + text.size();
 }
 
+std::string httpDate(std::time_t time) {
+    std::tm utc{};
+    gmtime_r(&time, &utc);
+    char text[64];
+    std::strftime(text, sizeof text, "%a, %d %b %Y %H:%M:%S GMT", &utc);
+    return text;
+}
+
+/// Whether the client's copy is still the file: If-None-Match decides when present (RFC 9110),
+/// else If-Modified-Since.
+bool stillValid(const httplib::Request& request, const std::string& etag,
+                std::time_t modifiedSeconds) {
+    if (request.has_header("If-None-Match")) {
+        const std::string tags = request.get_header_value("If-None-Match");
+        return tags == "*" || tags.find(etag) != std::string::npos;
+    }
+    if (request.has_header("If-Modified-Since")) {
+        std::tm since{};
+        const std::string text = request.get_header_value("If-Modified-Since");
+        if (strptime(text.c_str(), "%a, %d %b %Y %H:%M:%S GMT", &since) != nullptr) {
+            return modifiedSeconds <= timegm(&since);
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
-MediaFiles::MediaFiles(const ContentLibrary& content) : m_content(content) {}
+MediaFiles::MediaFiles(const ContentLibrary& content, int maxAgeSeconds)
+    : m_content(content), m_maxAgeSeconds(maxAgeSeconds) {}
 
 std::string MediaFiles::contentType(const std::filesystem::path& file) {
     static const std::map<std::string, std::string> types{
@@ -100,8 +130,26 @@ void MediaFiles::serve(const std::string& relativePath, const httplib::Request& 
         return;
     }
     response.set_header("Accept-Ranges", "bytes");
-    // Media never changes under its address: clients may keep it in their disk caches.
-    response.set_header("Cache-Control", "public, max-age=86400");
+    // Clients keep media in their disk caches for the max age, then revalidate it.
+    // A max age of 0 asks clients to revalidate every time, within the same second too.
+    response.set_header("Cache-Control",
+                        m_maxAgeSeconds == 0
+                            ? std::string("public, max-age=0, must-revalidate")
+                            : "public, max-age=" + std::to_string(m_maxAgeSeconds));
+    const auto modified = std::filesystem::last_write_time(*file, ec);
+    const auto modifiedNs =
+        std::chrono::duration_cast<std::chrono::nanoseconds>(modified.time_since_epoch()).count();
+    const std::time_t modifiedSeconds =
+        std::chrono::system_clock::to_time_t(std::chrono::file_clock::to_sys(modified));
+    char etag[64];
+    std::snprintf(etag, sizeof etag, "\"%llx-%llx\"", static_cast<unsigned long long>(size),
+                  static_cast<unsigned long long>(modifiedNs));
+    response.set_header("ETag", etag);
+    response.set_header("Last-Modified", httpDate(modifiedSeconds));
+    if (stillValid(request, etag, modifiedSeconds)) {
+        response.status = 304;
+        return;
+    }
     ByteRange range{0, size == 0 ? 0 : size - 1};
     switch (parseRange(request.get_header_value("Range"), size, range)) {
         case RangeResult::Unsatisfiable:

@@ -13,10 +13,14 @@ namespace LumoraSDK::DevServer {
 /// seek and resume.
 class MediaFiles {
 public:
-    explicit MediaFiles(const ContentLibrary& content);
+    /// How long clients may use a file without asking again, unless told otherwise.
+    static constexpr int kDefaultMaxAgeSeconds = 86400;
+
+    explicit MediaFiles(const ContentLibrary& content, int maxAgeSeconds = kDefaultMaxAgeSeconds);
 
     /// Answers with the file at `relativePath`, its whole body or the requested byte range;
-    /// 404 for a path that is not a file of the content directory.
+    /// 404 for a path that is not a file of the content directory. Every answer carries an ETag
+    /// and Last-Modified; a request whose If-None-Match or If-Modified-Since still holds gets 304.
     void serve(const std::string& relativePath, const httplib::Request& request,
                httplib::Response& response) const;
 
@@ -34,6 +38,7 @@ public:
 
 private:
     const ContentLibrary& m_content;
+    const int m_maxAgeSeconds;
 };
 
 }  // namespace LumoraSDK::DevServer

@@ -7,6 +7,17 @@ namespace LumoraSDK::DevServer {
 
 namespace {
 
+bool parseCount(const std::string& text, int maximum, int& count) {
+    int value = -1;
+    const auto* end = text.data() + text.size();
+    auto [ptr, ec] = std::from_chars(text.data(), end, value);
+    if (ec != std::errc() || ptr != end || value < 0 || value > maximum) {
+        return false;
+    }
+    count = value;
+    return true;
+}
+
 bool parsePort(const std::string& text, int& port) {
     int value = -1;
     const auto* end = text.data() + text.size();
@@ -73,6 +84,17 @@ std::optional<ServerOptions> ServerOptions::parse(const std::vector<std::string>
             if (!value(options.contentDir)) {
                 return std::nullopt;
             }
+        } else if (argument == "--media-max-age" || argument == "--channels") {
+            if (!value(text)) {
+                return std::nullopt;
+            }
+            const bool age = argument == "--media-max-age";
+            const int maximum = age ? 31536000 : 100000;
+            if (!parseCount(text, maximum, age ? options.mediaMaxAge : options.channels)) {
+                error = argument + " needs a number from 0 to " + std::to_string(maximum) +
+                        ", not \"" + text + "\"";
+                return std::nullopt;
+            }
         } else if (argument == "--api-key") {
             if (!value(options.apiKey)) {
                 return std::nullopt;
@@ -108,6 +130,8 @@ Options:
                       (default: a file in the temporary directory, named on stderr)
   --content DIR       directory with channels.json and its media (default: the built demo)
   --api-key KEY       the key clients send as x-lumora-api-key (default lumora-demo-key)
+  --channels N        serve N channels: the content's channels repeated with fresh ids
+  --media-max-age S   Cache-Control max-age of media answers, in seconds (default 86400)
   --fault ROUTE=JSON  inject a fault from the start, as POST /dev/faults would; repeatable
   --help              show this text
 
@@ -126,12 +150,14 @@ Files:
 Control (no key):
   GET  /                  index page for people
   GET  /dev/events        recorded viewing-history and activity events
-  GET  /dev/requests      every /api/ request received, with headers, body and status
+  GET  /dev/requests      every /api/ request received, with headers, body and status;
+                          ?prefix=/media/ for the media requests instead
   POST /dev/reset         forget events, requests, users, tokens and faults
   GET  /dev/faults        the faults in force
   POST /dev/faults        {"route": "/api/...", "status": 500, "delayMs": 0, "body": "...",
                            "bodyKind": "malformed|truncated|huge|nested|invalid-utf8|wrong-type",
-                           "contentType": "...", "drop": false, "times": N}
+                           "contentType": "...", "location": "...", "drop": false,
+                           "times": N}
                           route is an exact path or a prefix ending in "*"
   DELETE /dev/faults      clear all faults
 )";

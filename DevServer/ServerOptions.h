@@ -15,6 +15,10 @@ struct ServerOptions {
     std::string caOut;  // empty: a file in the temporary directory
     std::string contentDir;
     std::string apiKey = "lumora-demo-key";
+    /// Cache-Control max-age of media answers.
+    int mediaMaxAge = 86400;
+    /// Serve this many channels, the content's repeated with fresh ids; 0: the content as it is.
+    int channels = 0;
     /// (route, JSON object) pairs from --fault ROUTE=JSON, applied at start.
     std::vector<std::pair<std::string, std::string>> faults;
     bool help = false;

@@ -96,8 +96,12 @@ int main(int argc, char** argv) {
         logLine("CA certificate: " + caPath);
     }
 
+    if (options->channels > 0) {
+        content->repeatChannels(size_t(options->channels));
+    }
     const std::string servedDir = content->directory().string();
-    ContentApiServer server(std::move(*content), options->apiKey, tls ? &*tls : nullptr);
+    ContentApiServer server(std::move(*content), options->apiKey, tls ? &*tls : nullptr,
+                            options->mediaMaxAge);
     for (const auto& [route, json] : options->faults) {
         QJsonParseError parseError{};
         const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(json), &parseError);

@@ -15,10 +15,10 @@ QString mappingKey(const Channel& channel) {
 void updateLocalChannelReadMapping(const QList<Channel>& channels, DatabaseService& database) {
     database.setChannelIsReadMapping(QVariantMap());
     // Stored after every channel, so the store holds each step; a repeated id keeps the last flag.
+    // Each step changes the stored map in place: copying the whole map per channel made a
+    // reload of a long list quadratic.
     for (const Channel& channel : channels) {
-        QVariantMap mapping = database.channelIsReadMapping();
-        mapping.insert(mappingKey(channel), channel.isRead());
-        database.setChannelIsReadMapping(mapping);
+        database.setChannelIsRead(mappingKey(channel), channel.isRead());
     }
 }
 
@@ -48,11 +48,11 @@ QStringList getInitialPageVideoUrls(const QList<Channel>& channels, DatabaseServ
     QStringList urls;
     for (const Channel& channel : channels) {
         const QVariantMap mapping = database.channelInitialPageMapping();
-        const int stored = mapping.value(mappingKey(channel), 0).toInt();
-        const int index = channel.initialPage ? std::max(stored, *channel.initialPage) : stored;
+        const qint64 stored = mapping.value(mappingKey(channel), 0).toLongLong();
+        const qint64 index = channel.initialPage ? std::max(stored, *channel.initialPage) : stored;
         if (index < 0) {
-            qFatal("getInitialPageVideoUrls - channel %s resumes at negative page %d",
-                   qUtf8Printable(channel.id.value_or(QStringLiteral("nil"))), index);
+            qFatal("getInitialPageVideoUrls - channel %s resumes at negative page %lld",
+                   qUtf8Printable(channel.id.value_or(QStringLiteral("nil"))), qlonglong(index));
         }
         if (index >= channel.pages.size()) {
             continue;

@@ -13,7 +13,7 @@ namespace LumoraSDK {
 /// `expiresIn` travels with it but nothing checks or refreshes it.
 struct LUMORASDK_EXPORT Authorization {
     std::optional<QString> accessToken{};  // "access_token"
-    std::optional<int> expiresIn{};        // "expires_in", in seconds
+    std::optional<qint64> expiresIn{};     // "expires_in", in seconds
 
     static std::optional<Authorization> fromJson(const QJsonObject& json);
     QJsonObject serialize() const;

@@ -14,9 +14,9 @@ namespace LumoraSDK {
 
 /// One story: a titled, avatar-bearing list of pages with a read state.
 struct LUMORASDK_EXPORT Channel {
-    std::optional<QString> title{};    ///< "title": the channel's name
-    std::optional<QString> id{};       ///< "id": the channel's identity (diffs compare it)
-    std::optional<int> initialPage{};  ///< "initialPage": where the server resumes playback
+    std::optional<QString> title{};       ///< "title": the channel's name
+    std::optional<QString> id{};          ///< "id": the channel's identity (diffs compare it)
+    std::optional<qint64> initialPage{};  ///< "initialPage": where the server resumes playback
     std::optional<QString> profilePictureUrl{};  ///< "profilePictureUrl": the cell's picture
     std::optional<Status> status{};              ///< "status": read or unread
     QList<Page> pages{};                         ///< "pages", ascending by sortOrder

@@ -6,7 +6,6 @@
 #include <QLatin1StringView>
 #include <QString>
 #include <cmath>
-#include <limits>
 #include <optional>
 
 namespace LumoraSDK::JsonFields {
@@ -24,19 +23,20 @@ std::optional<QString> string(const Value& value) {
     return value.toString();
 }
 
-/// A JSON number with an integral value within int's range; 3.5, 1e10 and "3" are not integers.
+/// A JSON number with an integral value within 64 bits; 3.5, 1e30 and "3" are not integers.
 template <typename Value>
-std::optional<int> integer(const Value& value) {
+std::optional<qint64> integer(const Value& value) {
     if (!value.isDouble()) {
         return std::nullopt;
     }
+    // -2^63 and 2^63 are exact doubles; 2^63 itself is one past the largest qint64. Written so
+    // that NaN fails the range check too.
+    constexpr double kLimit = 9223372036854775808.0;
     const double number = value.toDouble();
-    // Written so that NaN fails the range check too.
-    if (!(number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max()) ||
-        number != std::trunc(number)) {
+    if (!(number >= -kLimit && number < kLimit) || number != std::trunc(number)) {
         return std::nullopt;
     }
-    return static_cast<int>(number);
+    return static_cast<qint64>(number);
 }
 
 /// A JSON true or false; 0, 1 and "true" are not Booleans.
@@ -85,7 +85,7 @@ inline std::optional<QString> string(const QJsonObject& json, QLatin1StringView 
     return field(json, key, [](const QJsonValueConstRef& v) { return string(v); });
 }
 
-inline std::optional<int> integer(const QJsonObject& json, QLatin1StringView key) {
+inline std::optional<qint64> integer(const QJsonObject& json, QLatin1StringView key) {
     return field(json, key, [](const QJsonValueConstRef& v) { return integer(v); });
 }
 

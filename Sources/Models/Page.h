@@ -15,13 +15,13 @@ namespace LumoraSDK {
 /// an optional swipe-up link. Every field is optional; the API may leave any of them out.
 struct LUMORASDK_EXPORT Page {
     std::optional<PageType> mediaType{};   ///< "type": an image or a video page
-    std::optional<int> duration{};         ///< "duration", in seconds
+    std::optional<qint64> duration{};      ///< "duration", in seconds
     std::optional<QString> url{};          ///< "url": the media address
     std::optional<QString> swipeUpText{};  ///< "swipeUpText": the learn-more button's text
     std::optional<QString> swipeUpUrl{};   ///< "swipeUpUrl": the link a swipe up opens
     std::optional<bool> showSwipeUpUI{};   ///< "showSwipeUpUi" (the key ends in lower-case "Ui")
     std::optional<QString> playcardUrl{};  ///< "playcardUrl": the still shown before a video plays
-    std::optional<int> sortOrder{};        ///< "sortOrder": the page's place in its channel
+    std::optional<qint64> sortOrder{};     ///< "sortOrder": the page's place in its channel
     std::optional<QString> id{};           ///< "id": the page's identity
     std::optional<Status> status{};        ///< "status": read or unread
     std::optional<bool> isSkippable{};     ///< "skippable": false holds the page until it ends

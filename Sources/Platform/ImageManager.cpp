@@ -3,6 +3,8 @@
 #include <QBuffer>
 #include <QCache>
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
 #include <QHash>
 #include <QImageReader>
 #include <QMutex>
@@ -80,6 +82,11 @@ ImageManager::ImageManager() : d(std::make_unique<Private>()) {
         directory = QStandardPaths::writableLocation(QStandardPaths::CacheLocation) +
                     QStringLiteral("/LumoraImages");
     }
+    // Pictures a viewer was shown are nobody else's business: the cache is owner-only. The
+    // cache writes each entry through an owner-only temporary file.
+    QDir().mkpath(directory);
+    QFile::setPermissions(directory,
+                          QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     d->thread.setObjectName(QStringLiteral("LumoraImages"));
     d->thread.start();
     d->manager = new QNetworkAccessManager();
@@ -118,9 +125,10 @@ void ImageManager::loadImage(const QUrl& url, Completion completion) {
     {
         QMutexLocker lock(&d->mutex);
         if (const QImage* image = d->memory.object(key)) {
-            const QImage copy = *image;
-            lock.unlock();
-            completion({copy, QString(), true});
+            // Still on a later turn, like every other completion: callers never see it re-enter.
+            MainQueue::async([completion = std::move(completion), copy = *image] {
+                completion({copy, QString(), true});
+            });
             return;
         }
         auto waiting = d->waiting.find(key);
@@ -132,9 +140,9 @@ void ImageManager::loadImage(const QUrl& url, Completion completion) {
     }
     Private* p = d.get();
     QMetaObject::invokeMethod(p->manager, [p, url, key] {
+        // The default cache control honours HTTP freshness: a fresh entry answers from the disk,
+        // a stale one is revalidated (If-None-Match / If-Modified-Since) and a 304 reuses it.
         QNetworkRequest request(url);
-        request.setAttribute(QNetworkRequest::CacheLoadControlAttribute,
-                             QNetworkRequest::PreferCache);
         request.setTransferTimeout(60000);
         QNetworkReply* reply = p->manager->get(request);
         QObject::connect(reply, &QNetworkReply::finished, reply, [p, reply, key] {

@@ -32,7 +32,8 @@ public:
     /// Where the disk cache lives; by default the application's cache directory.
     static void setCacheDirectory(const QString& path);
 
-    /// Completes synchronously for an image already in memory, otherwise on a later turn.
+    /// Completes on a later turn of the GUI thread, also for an image already in memory. The disk
+    /// cache follows HTTP freshness: stale entries are revalidated with the server.
     void loadImage(const QUrl& url, Completion completion);
     /// Warms the caches; duplicate and invalid addresses are ignored.
     void prefetchImages(const QList<QUrl>& urls);

@@ -1,8 +1,11 @@
 #include "DatabaseService.h"
 
+#include <limits>
+
 #include "Lumora.h"
 #include "Platform/NotificationCenter.h"
 #include "Platform/UserDefaults.h"
+#include "Services/Logger.h"
 
 namespace LumoraSDK {
 
@@ -39,6 +42,42 @@ QVariantMap requiredMap(const UserDefaults& store, const QString& key) {
     }
     return *map;
 }
+
+bool isPageIndex(const QVariant& value) {
+    bool integral = false;
+    const qlonglong index = value.toLongLong(&integral);
+    return value.typeId() != QMetaType::Bool && value.typeId() != QMetaType::QString && integral &&
+           double(index) == value.toDouble() && index >= 0 &&
+           index <= std::numeric_limits<int>::max();
+}
+
+bool isReadFlag(const QVariant& value) {
+    return value.typeId() == QMetaType::Bool;
+}
+
+/// Drops the entries of a per-channel map that its readers could not use (a negative or
+/// fractional page, a flag that is not a Boolean): a damaged file must not stop the process.
+void dropUnusableEntries(UserDefaults& store, const QString& key, bool (*usable)(const QVariant&)) {
+    auto map = store.dictionary(key);
+    if (!map) {
+        return;
+    }
+    QStringList dropped;
+    for (auto it = map->begin(); it != map->end();) {
+        if (usable(it.value())) {
+            ++it;
+        } else {
+            dropped.append(it.key());
+            it = map->erase(it);
+        }
+    }
+    if (!dropped.isEmpty()) {
+        logger().log(QStringLiteral("DatabaseService - dropped unusable entries of %1: %2")
+                         .arg(key, dropped.join(QStringLiteral(", "))),
+                     LogLevel::error);
+        store.setValue(key, *map);
+    }
+}
 }  // namespace
 
 DatabaseService& DatabaseService::sharedInstance() {
@@ -49,6 +88,8 @@ DatabaseService& DatabaseService::sharedInstance() {
 DatabaseService::DatabaseService(UserDefaults& store)
     : m_userDefaults(store), m_defaults(registeredDefaults()) {
     m_userDefaults.registerDefaults(m_defaults);
+    dropUnusableEntries(m_userDefaults, Key::channelInitialPageMapping, isPageIndex);
+    dropUnusableEntries(m_userDefaults, Key::channelIsReadMapping, isReadFlag);
     m_userDefaults.removeObject(Key::environment);
     m_userDefaults.removeObject(Key::apiKey);
     m_userDefaults.removeObject(Key::accessToken);
@@ -97,6 +138,10 @@ QVariantMap DatabaseService::channelIsReadMapping() const {
 
 void DatabaseService::setChannelIsReadMapping(const QVariantMap& mapping) {
     m_userDefaults.setValue(Key::channelIsReadMapping, mapping);
+}
+
+void DatabaseService::setChannelIsRead(const QString& channelId, bool isRead) {
+    m_userDefaults.setDictionaryValue(Key::channelIsReadMapping, channelId, isRead);
 }
 
 }  // namespace LumoraSDK

@@ -54,6 +54,8 @@ public:
     void setChannelInitialPageMapping(const QVariantMap& mapping);
     QVariantMap channelIsReadMapping() const;
     void setChannelIsReadMapping(const QVariantMap& mapping);
+    /// One channel's entry of the read map, written into the stored map in place.
+    void setChannelIsRead(const QString& channelId, bool isRead);
 
     /// The channel list the row loaded last, shared with the player; kept in memory only.
     /// GUI thread only.

@@ -46,6 +46,112 @@ std::optional<QUrl> usableUrl(const QString& path) {
     return url;
 }
 
+// Redirects are followed as the platform's URL session does: up to ten hops, never from HTTPS
+// down to HTTP, and the API key and token only to the origin the caller addressed.
+constexpr int kMaximumRedirects = 10;
+const QByteArray kApiKeyHeader = QByteArrayLiteral("x-lumora-api-key");
+const QByteArray kAuthorizationHeader = QByteArrayLiteral("Authorization");
+
+/// One request and the redirects it is sent on, on the network thread. The completion runs once,
+/// with the last answer or with none when a hop is refused.
+struct Transfer : std::enable_shared_from_this<Transfer> {
+    QNetworkAccessManager* manager = nullptr;
+    QUrl origin;  // where the caller sent it: the key and token go only to this origin
+    QByteArray verb;
+    NetworkingService::Completion completion;
+    int redirects = 0;
+
+    void start(const QByteArray& method, const QNetworkRequest& request, const QByteArray& body);
+    void finish(QNetworkReply* reply, const QByteArray& method, const QNetworkRequest& request,
+                const QByteArray& body);
+    void fail(const QString& reason) {
+        logger().log(QString::fromLatin1(verb) + QStringLiteral(" response error: ") + reason,
+                     LogLevel::error);
+        NetworkingService::checkStatusCodeOK(std::nullopt);
+        completion(std::nullopt, std::nullopt, false);
+    }
+};
+
+bool isRedirect(int status) {
+    return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+}
+
+bool sameOrigin(const QUrl& a, const QUrl& b) {
+    auto port = [](const QUrl& url) {
+        return url.port(url.scheme() == QLatin1String("https") ? 443 : 80);
+    };
+    return a.scheme() == b.scheme() && a.host().compare(b.host(), Qt::CaseInsensitive) == 0 &&
+           port(a) == port(b);
+}
+
+void Transfer::start(const QByteArray& method, const QNetworkRequest& request,
+                     const QByteArray& body) {
+    QNetworkReply* reply = manager->sendCustomRequest(request, method, body);
+    // The reply keeps this transfer alive until its last hop has finished.
+    QObject::connect(reply, &QNetworkReply::finished, reply,
+                     [self = shared_from_this(), reply, method, request, body] {
+                         self->finish(reply, method, request, body);
+                     });
+}
+
+void Transfer::finish(QNetworkReply* reply, const QByteArray& method,
+                      const QNetworkRequest& request, const QByteArray& body) {
+    reply->deleteLater();
+    const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    const QByteArray location = reply->rawHeader("Location");
+    if (status.isValid() && isRedirect(status.toInt()) && !location.isEmpty()) {
+        const QUrl from = reply->url();
+        const QUrl to = from.resolved(QUrl::fromEncoded(location));
+        if (redirects == kMaximumRedirects) {
+            fail(QStringLiteral("too many redirects (more than %1), the last to %2")
+                     .arg(kMaximumRedirects)
+                     .arg(to.toString()));
+        } else if (to.scheme() != QLatin1String("http") && to.scheme() != QLatin1String("https")) {
+            fail(QStringLiteral("redirect to an unsupported address %1").arg(to.toString()));
+        } else if (from.scheme() == QLatin1String("https") &&
+                   to.scheme() == QLatin1String("http")) {
+            fail(QStringLiteral("refused redirect from HTTPS to HTTP (%1)").arg(to.toString()));
+        } else {
+            ++redirects;
+            logger().log(QString::fromLatin1(verb) + QStringLiteral(" redirect %1: %2 -> %3")
+                                                         .arg(status.toInt())
+                                                         .arg(from.toString(), to.toString()),
+                         LogLevel::debug);
+            QNetworkRequest next = request;
+            next.setUrl(to);
+            if (!sameOrigin(origin, to)) {
+                next.setRawHeader(kApiKeyHeader, QByteArray());
+                next.setRawHeader(kAuthorizationHeader, QByteArray());
+            }
+            // A 303, and a 301 or 302 after a POST, ask for the new address with a bodiless GET.
+            const bool toGet =
+                status.toInt() == 303 ||
+                (method == "POST" && (status.toInt() == 301 || status.toInt() == 302));
+            start(toGet ? QByteArray("GET") : method, next, toGet ? QByteArray() : body);
+        }
+        return;
+    }
+    std::optional<HttpResponse> response;
+    if (status.isValid()) {
+        response = HttpResponse{reply->url(), status.toInt(), reply->rawHeaderPairs()};
+    }
+    const QString verbText = QString::fromLatin1(verb);
+    if (!response) {
+        logger().log(verbText + QStringLiteral(" response error: ") + reply->errorString(),
+                     LogLevel::error);
+    } else {
+        logger().log(verbText + QStringLiteral(" response: ") + response->description(),
+                     LogLevel::debug);
+    }
+    std::optional<QByteArray> data;
+    if (response) {
+        data = reply->readAll();
+    }
+    const bool ok = NetworkingService::checkStatusCodeOK(
+        response ? std::optional<int>(response->statusCode) : std::nullopt);
+    completion(response, data, ok);
+}
+
 }  // namespace
 
 QString HttpResponse::description() const {
@@ -104,11 +210,12 @@ HttpHeaders NetworkingService::requestHeaders() const {
     }
     const UserDefaults& store = DatabaseService::sharedInstance().userDefaults();
     if (const auto key = store.string(DatabaseService::Key::apiKey); key && !key->isEmpty()) {
-        headers.insert(QStringLiteral("x-lumora-api-key"), *key);
+        headers.insert(QString::fromLatin1(kApiKeyHeader), *key);
     }
     if (const auto token = store.string(DatabaseService::Key::accessToken);
         token && !token->isEmpty()) {
-        headers.insert(QStringLiteral("Authorization"), QStringLiteral("Bearer ") + *token);
+        headers.insert(QString::fromLatin1(kAuthorizationHeader),
+                       QStringLiteral("Bearer ") + *token);
     }
     headers.insert(QStringLiteral("User-Agent"), userAgent);
     return headers;
@@ -196,36 +303,16 @@ void NetworkingService::performPostRequest(const QString& path,
 void NetworkingService::send(const QByteArray& method, QNetworkRequest request,
                              const QByteArray& body, Completion completion) {
     request.setTransferTimeout(kTimeoutSeconds * 1000);
+    // Redirects are followed here rather than by Qt, to decide per hop which headers go along.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                          QNetworkRequest::ManualRedirectPolicy);
-    QNetworkAccessManager* manager = d->manager;
+    auto transfer = std::make_shared<Transfer>();
+    transfer->manager = d->manager;
+    transfer->origin = request.url();
+    transfer->verb = method;
+    transfer->completion = std::move(completion);
     QMetaObject::invokeMethod(
-        manager, [manager, method, request, body, completion = std::move(completion)] {
-            QNetworkReply* reply = manager->sendCustomRequest(request, method, body);
-            QObject::connect(reply, &QNetworkReply::finished, reply, [reply, method, completion] {
-                reply->deleteLater();
-                const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-                std::optional<HttpResponse> response;
-                if (status.isValid()) {
-                    response = HttpResponse{reply->url(), status.toInt(), reply->rawHeaderPairs()};
-                }
-                const QString verb = QString::fromLatin1(method);
-                if (!response) {
-                    logger().log(verb + QStringLiteral(" response error: ") + reply->errorString(),
-                                 LogLevel::error);
-                } else {
-                    logger().log(verb + QStringLiteral(" response: ") + response->description(),
-                                 LogLevel::debug);
-                }
-                std::optional<QByteArray> data;
-                if (response) {
-                    data = reply->readAll();
-                }
-                const bool ok = checkStatusCodeOK(
-                    response ? std::optional<int>(response->statusCode) : std::nullopt);
-                completion(response, data, ok);
-            });
-        });
+        d->manager, [transfer, method, request, body] { transfer->start(method, request, body); });
 }
 
 }  // namespace LumoraSDK

@@ -1,4 +1,7 @@
 // The page player's memory of each channel: where it reopens and whether it was read.
+#include <algorithm>
+#include <limits>
+
 #include "Lumora.h"
 #include "Services/DatabaseService.h"
 #include "Services/Logger.h"
@@ -10,7 +13,10 @@ namespace LumoraSDK {
 int ChannelViewController::startPageMarkingReadState() {
     const QString id = *channel->id;
     DatabaseService& database = DatabaseService::sharedInstance();
-    int start = channel->initialPage.value_or(0);
+    // Page indexes here are ints; a server page beyond them is as far out of range as INT_MAX.
+    int start =
+        int(std::clamp<qint64>(channel->initialPage.value_or(0), std::numeric_limits<int>::min(),
+                               std::numeric_limits<int>::max()));
 
     // The channel opens at the furthest of the server's page and the page reached on this device.
     QVariantMap pages = database.channelInitialPageMapping();

@@ -344,7 +344,7 @@ void ChannelsHostViewController::onChannelIndexUpdated(std::optional<int> newInd
     ChannelViewController* player = players[*newIndex];
     if (player->channel) {
         // The server's initial page, not necessarily the page that will show.
-        const int initialPage = player->channel->initialPage.value_or(0);
+        const qint64 initialPage = player->channel->initialPage.value_or(0);
         const QList<Page>& pages = player->channel->pages;
         const std::optional<QString> pageId =
             initialPage >= 0 && initialPage < pages.size() ? pages[initialPage].id : std::nullopt;

@@ -209,6 +209,24 @@ private slots:
         QCOMPARE(seen.value("read").toObject().value("c1").toBool(), true);
     }
 
+    void storeOfASessionIsOwnerOnly() {
+        // The store and the directory it creates, as a whole session in its own process leaves
+        // them: the token and user id inside are nobody else's to read.
+        const QString directory = m_dir.filePath(QStringLiteral("private/app"));
+        const QString storePath = directory + QStringLiteral("/defaults.json");
+        const auto writer =
+            LumoraTest::runSelf({}, {QStringLiteral("LUMORA_TEST_STORE=") + storePath,
+                                     QStringLiteral("LUMORA_TEST_MAIN=") + m_main,
+                                     QStringLiteral("LUMORA_TEST_MODE=write")});
+        QCOMPARE(writer.exitCode, 0);
+        const auto mode = [](const QString& path) {
+            return QFile::permissions(path) & QFileDevice::Permissions(0x0777);
+        };
+        QCOMPARE(mode(storePath), QFileDevice::ReadUser | QFileDevice::WriteUser);
+        QCOMPARE(mode(directory),
+                 QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser);
+    }
+
     void missingPackagedResourcesStopTheProcess_data() {
         QTest::addColumn<QString>("layout");
         QTest::addColumn<QString>("message");

@@ -1,4 +1,7 @@
 #include <QCoreApplication>
+#include <QDirIterator>
+#include <QFile>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
@@ -67,7 +70,7 @@ class RemoteImagesTest : public QObject {
 
 private slots:
     void initTestCase() {
-        ImageManager::setCacheDirectory(m_cache.path());
+        ImageManager::setCacheDirectory(m_cache.filePath(QStringLiteral("images")));
         QVERIFY(m_server.isRunning());
     }
 
@@ -153,12 +156,67 @@ private slots:
 
         m_server.setFault(QUrl(url).path(), kDrop);  // the server must not be asked again
         const auto fromMemory = load(url);
-        QCOMPARE(fromMemory->completions, 1);  // synchronously, before load() returned
+        QCOMPARE(fromMemory->calls(), 0);  // on a later turn, as every completion
+        QTRY_COMPARE(fromMemory->completions, 1);
+        QVERIFY(!fromMemory->offGuiThread);
         QCOMPARE(fromMemory->image, original);
         ImageManager::sharedInstance().clearMemoryCache();
         const auto fromDisk = load(url);
         QTRY_COMPARE(fromDisk->calls(), 1);
         QCOMPARE(fromDisk->image, original);
+    }
+
+    void diskCacheFollowsHttpFreshness_data() {
+        QTest::addColumn<bool>("stale");
+        QTest::newRow("fresh: answered from the disk") << false;
+        QTest::newRow("stale: revalidated, 304 reuses the body") << true;
+    }
+
+    void diskCacheFollowsHttpFreshness() {
+        QFETCH(bool, stale);
+        LumoraTest::DevServer::Options options;
+        if (stale) {
+            options.extraArguments = {QStringLiteral("--media-max-age"), QStringLiteral("0")};
+        }
+        LumoraTest::DevServer server(options);
+        QVERIFY(server.isRunning());
+        const QString url = server.baseUrl() + QStringLiteral("/media/avatars/travel.png");
+        const auto first = load(url);
+        QTRY_COMPARE(first->completions, 1);
+        QCOMPARE(first->image.size(), QSize(256, 256));
+
+        ImageManager::sharedInstance().clearMemoryCache();
+        const auto second = load(url);
+        QTRY_COMPARE(second->completions, 1);
+        QCOMPARE(second->image, first->image);
+
+        const QJsonArray requests = server.requests(QStringLiteral("/media/"));
+        QCOMPARE(requests.size(), stale ? 2 : 1);
+        const QJsonObject firstHeaders =
+            requests.first().toObject().value(QStringLiteral("headers")).toObject();
+        QVERIFY(!firstHeaders.contains(QStringLiteral("If-None-Match")));
+        if (stale) {
+            const QJsonObject revalidation = requests.last().toObject();
+            const QJsonObject headers = revalidation.value(QStringLiteral("headers")).toObject();
+            QVERIFY(headers.value(QStringLiteral("If-None-Match")).toString().startsWith('"'));
+            QVERIFY(headers.contains(QStringLiteral("If-Modified-Since")));
+            QCOMPARE(revalidation.value(QStringLiteral("status")).toInt(), 304);
+        }
+    }
+
+    void cacheIsOwnerOnly() {
+        const QString directory = m_cache.filePath(QStringLiteral("images"));
+        const auto mode = [](const QString& path) {
+            return QFile::permissions(path) & QFileDevice::Permissions(0x0777);
+        };
+        QCOMPARE(mode(directory),
+                 QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser);
+        int files = 0;
+        for (QDirIterator it(directory, QDir::Files, QDirIterator::Subdirectories); it.hasNext();) {
+            QCOMPARE(mode(it.next()), QFileDevice::ReadUser | QFileDevice::WriteUser);
+            ++files;
+        }
+        QVERIFY(files > 0);
     }
 
     void buttonKeepsTheImageOfItsLatestRequest_data() {

@@ -129,6 +129,7 @@ private slots:
         QFETCH(QVariantMap, after);
         m_database->setChannelIsReadMapping(before);
         updateLocalChannelReadMapping(decoded(channels), *m_database);
+        m_store->flush();
         // Read through a second store on the same file: what a later process would see.
         QCOMPARE(UserDefaults(m_store->filePath())
                      .dictionary(DatabaseService::Key::channelIsReadMapping),
@@ -171,7 +172,7 @@ private slots:
         QCOMPARE(updated.size(), 2);
         QCOMPARE(updated[0].serialize(), other);  // order and unaffected channels kept
         QCOMPARE(updated[1].status ? rawValue(*updated[1].status) : QString(), status);
-        QCOMPARE(updated[1].initialPage.value_or(-1), initialPage);
+        QCOMPARE(updated[1].initialPage.value_or(-1), qint64(initialPage));
         QCOMPARE(updated[1].pages, channels[1].pages);
     }
 
@@ -233,7 +234,12 @@ private slots:
         row("duration integral double", "page", "duration", 7.0, true);
         row("duration fraction", "page", "duration", 3.5, false);
         row("duration text", "page", "duration", "3", false);
-        row("duration beyond int", "page", "duration", 1e10, false);
+        row("duration beyond int", "page", "duration", 1e10, true);
+        row("duration beyond 64 bits", "page", "duration", 1e19, false);
+        row("expires_in beyond int", "authorization", "expires_in", 3000000000.0, true);
+        row("expires_in fraction", "authorization", "expires_in", 3000000000.5, false);
+        row("initialPage beyond int, negative", "channel", "initialPage", -9007199254740992.0,
+            true);
         row("url number", "page", "url", 4, false);
         row("url deeply nested", "page", "url", deeplyNested(5000), false);
         row("showSwipeUpUi false", "page", "showSwipeUpUi", false, true);

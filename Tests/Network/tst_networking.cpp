@@ -2,6 +2,7 @@
 // bodies as the server receives and answers them, registration, channels and reports.
 
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
 #include <QSslCertificate>
@@ -264,6 +265,118 @@ private slots:
         QCOMPARE(secure.requests().last()["status"].toInt(), 401);
     }
 
+    void redirectsAreFollowedLikeTheUrlSession_data() {
+        QTest::addColumn<QString>("route");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("location");  // "{cross}" stands for this server by another name
+        QTest::addColumn<QByteArray>("method");
+        QTest::addColumn<int>("sent");  // requests the server sees
+        QTest::addColumn<QByteArray>("lastMethod");
+        QTest::addColumn<bool>("lastHasCredentials");
+        QTest::addColumn<int>("finalStatus");  // 0: no response at all
+        const QString channels = QStringLiteral("/api/app/channel/channelsForUser");
+        const QString activity = QStringLiteral("/api/app/activity/recordActivity");
+        QTest::newRow("same origin 302: followed with key and token")
+            << "/api/old" << 302 << channels << QByteArray("GET") << 2 << QByteArray("GET") << true
+            << 200;
+        QTest::newRow("same origin 308: the POST and its body go along")
+            << "/api/old" << 308 << activity << QByteArray("POST") << 2 << QByteArray("POST")
+            << true << 200;
+        QTest::newRow("303 after a POST: a GET")
+            << "/api/old" << 303 << channels << QByteArray("POST") << 2 << QByteArray("GET") << true
+            << 200;
+        QTest::newRow("cross origin 307: followed without key and token")
+            << "/api/old" << 307 << "{cross}" + channels << QByteArray("GET") << 2
+            << QByteArray("GET") << false << 401;
+        QTest::newRow("a loop stops after ten hops")
+            << "/api/loop" << 302 << "/api/loop" << QByteArray("GET") << 11 << QByteArray("GET")
+            << true << 0;
+        QTest::newRow("no Location: the 301 is the answer")
+            << "/api/old" << 301 << QString() << QByteArray("GET") << 1 << QByteArray("GET") << true
+            << 301;
+    }
+
+    void redirectsAreFollowedLikeTheUrlSession() {
+        QFETCH(QString, route);
+        QFETCH(int, status);
+        QFETCH(QString, location);
+        QFETCH(QByteArray, method);
+        QFETCH(int, sent);
+        QFETCH(QByteArray, lastMethod);
+        QFETCH(bool, lastHasCredentials);
+        QFETCH(int, finalStatus);
+        QString cross = m_server.baseUrl();
+        cross.replace(QStringLiteral("127.0.0.1"), QStringLiteral("localhost"));
+        QJsonObject fault{{QStringLiteral("status"), status}};
+        if (!location.isEmpty()) {
+            fault.insert(QStringLiteral("location"),
+                         QString(location).replace(QStringLiteral("{cross}"), cross));
+        }
+        m_server.setFault(route, fault);
+        const QString token = issueToken();
+        const int before = int(m_server.requests().size());
+
+        Outcome<Result> outcome;
+        const QJsonObject body{{QStringLiteral("activityItemType"), QStringLiteral("skipPage")},
+                               {QStringLiteral("pageStoryId"), QStringLiteral("p")},
+                               {QStringLiteral("channelStoryId"), QStringLiteral("c")}};
+        if (method == "POST") {
+            NetworkingService::sharedInstance().performPostRequest(m_server.baseUrl() + route, body,
+                                                                   std::nullopt, into(outcome));
+        } else {
+            NetworkingService::sharedInstance().performGetRequest(
+                m_server.baseUrl() + route, std::nullopt, std::nullopt, into(outcome));
+        }
+        QTRY_COMPARE(outcome.calls.load(), 1);
+        QTRY_COMPARE(m_server.requests().size(), before + sent);
+        QCOMPARE(outcome.calls.load(), 1);
+
+        QCOMPARE(outcome.get().response.has_value(), finalStatus != 0);
+        QCOMPARE(outcome.get().ok, finalStatus == 200);
+        if (finalStatus != 0) {
+            QCOMPARE(outcome.get().response->statusCode, finalStatus);
+        }
+        const QJsonObject last = m_server.requests().last().toObject();
+        QCOMPARE(last.value(QStringLiteral("method")).toString().toLatin1(), lastMethod);
+        const QJsonObject headers = last.value(QStringLiteral("headers")).toObject();
+        QCOMPARE(headers.contains(QStringLiteral("x-lumora-api-key")), lastHasCredentials);
+        QCOMPARE(headers.value(QStringLiteral("Authorization")).toString(),
+                 lastHasCredentials ? QStringLiteral("Bearer ") + token : QString());
+        QCOMPARE(headers.value(QStringLiteral("ClientPlatform")).toString(), QStringLiteral("iOS"));
+        if (lastMethod == "POST") {
+            QCOMPARE(QJsonDocument::fromJson(last.value(QStringLiteral("body")).toString().toUtf8())
+                         .object(),
+                     body);
+        }
+    }
+
+    void redirectFromHttpsToHttpIsRefused() {
+        LumoraTest::DevServer::Options options;
+        options.tls = true;
+        LumoraTest::DevServer secure(options);
+        QVERIFY(secure.isRunning());
+        QSslConfiguration config = QSslConfiguration::defaultConfiguration();
+        config.addCaCertificates(QSslCertificate::fromPath(secure.caCertificatePath()));
+        QSslConfiguration::setDefaultConfiguration(config);
+        const QString channels = QStringLiteral("/api/app/channel/channelsForUser");
+        secure.setFault(QStringLiteral("/api/old"),
+                        {{QStringLiteral("status"), 302},
+                         {QStringLiteral("location"), m_server.baseUrl() + channels}});
+
+        LumoraTest::LogCapture log;
+        Outcome<Result> outcome;
+        NetworkingService::sharedInstance().performGetRequest(
+            secure.baseUrl() + QStringLiteral("/api/old"), std::nullopt, std::nullopt,
+            into(outcome));
+        QTRY_COMPARE(outcome.calls.load(), 1);
+        QVERIFY(!outcome.get().response);
+        QVERIFY(!outcome.get().ok);
+        QCOMPARE(secure.requests().size(), 1);
+        QCOMPARE(m_server.requests().size(), 0);  // the plain server never heard of it
+        QVERIFY(log.contains(
+            QStringLiteral("GET response error: refused redirect from HTTPS to HTTP")));
+    }
+
     void registrationStoresTheTokenAndPostsTheUserChangeFirst() {
         QStringList order;
         int observer = 0;
@@ -414,6 +527,22 @@ private slots:
     }
 
 private:
+    /// A token the server knows, stored where the standard headers take it from.
+    QString issueToken() {
+        Outcome<Result> auth;
+        NetworkingService::sharedInstance().performPostRequest(
+            m_server.baseUrl() + QStringLiteral("/api/auth"), QJsonObject{}, std::nullopt,
+            into(auth));
+        [&] { QTRY_COMPARE(auth.calls.load(), 1); }();
+        const QString token = QJsonDocument::fromJson(auth.get().data.value_or(QByteArray()))
+                                  .object()
+                                  .value(QStringLiteral("access_token"))
+                                  .toString();
+        DatabaseService::sharedInstance().userDefaults().setValue(DatabaseService::Key::accessToken,
+                                                                  token);
+        return token;
+    }
+
     void registerUser(const QString& id) {
         Outcome<bool> done;
         Lumora::sharedInstance().requestSetUserDetails(

@@ -141,8 +141,9 @@ QJsonArray DevServer::events() const {
     return d->getArray(QStringLiteral("/dev/events"));
 }
 
-QJsonArray DevServer::requests() const {
-    return d->getArray(QStringLiteral("/dev/requests"));
+QJsonArray DevServer::requests(const QString& prefix) const {
+    return d->getArray(prefix.isEmpty() ? QStringLiteral("/dev/requests")
+                                        : QStringLiteral("/dev/requests?prefix=") + prefix);
 }
 
 void DevServer::reset() {

@@ -32,8 +32,9 @@ public:
 
     /// GET /dev/events: the recorded viewing-history and activity requests, oldest first.
     QJsonArray events() const;
-    /// GET /dev/requests: every API request received (method, path, headers, body), oldest first.
-    QJsonArray requests() const;
+    /// GET /dev/requests: every API request received (method, path, headers, body), oldest first;
+    /// with a prefix such as "/media/", the requests under it instead.
+    QJsonArray requests(const QString& prefix = QString()) const;
     /// POST /dev/reset: forget events, requests, users, tokens and faults.
     void reset();
     /// POST /dev/faults: inject a fault on one route (see lumora-devserver --help).
