@@ -68,10 +68,11 @@ WebEngineView {
             url = request.requestedUrl
     }
     // Chromium turns down a web page's links to local files itself, before asking the view;
-    // its console line is the only sign of the attempt.
+    // its console error is the only sign of the attempt. The page's own console stays out of
+    // the host's log.
     onJavaScriptConsoleMessage: (level, message) => {
         const prefix = "Not allowed to load local resource: "
-        if (message.startsWith(prefix))
+        if (level === WebEngineView.ErrorMessageLevel && message.startsWith(prefix))
             sandbox.allowsNavigation(message.slice(prefix.length))
     }
     onFeaturePermissionRequested: (origin, feature) => {

@@ -236,34 +236,28 @@ private slots:
         QTest::addColumn<QString>("logLine");
         const QString file = "refusing to open \"file:///etc/hostname\": only http and https";
         const QString permission = "refused the permission ";
-        QTest::newRow("link to file://") << "?file"
-                                         << "sandbox" << file;
-        QTest::newRow("custom scheme") << "?scheme"
-                                       << "sandbox"
-                                       << "refusing to open \"lumora-test://open/page\"";
-        QTest::newRow("window.open of file://") << "?open-file"
-                                                << "open-file: blocked" << file;
-        QTest::newRow("target=_blank stays here") << "?blank" << kWelcomeTitle << "";
-        QTest::newRow("geolocation") << "?geolocation"
-                                     << "geolocation: denied 1" << permission + "Geolocation";
-        QTest::newRow("camera") << "?camera"
-                                << "camera: denied NotAllowedError"
-                                << permission + "MediaAudioVideoCapture";
-        QTest::newRow("notifications") << "?notifications"
-                                       << "notifications: denied" << permission + "Notifications";
-        QTest::newRow("clipboard") << "?clipboard"
-                                   << "clipboard: denied NotAllowedError"
-                                   << "";
-        QTest::newRow("download") << "?download"
-                                  << "download: clicked"
-                                  << "refused download";
-        QTest::newRow("dialogs") << "?dialogs"
-                                 << "dialogs: false null"
-                                 << "refused a JavaScript dialog";
-        QTest::newRow("untrusted certificate")
-            << m_tlsServer->baseUrl() + "/pages/welcome.html"
-            << ""
-            << "rejected the certificate of " + m_tlsServer->baseUrl() + "/pages/welcome.html";
+        const QString untrusted = m_tlsServer->baseUrl() + "/pages/welcome.html";
+        const struct {
+            const char* name;
+            QString address, title, logLine;
+        } rows[] = {
+            {"link to file://", "?file", "sandbox", file},
+            {"custom scheme", "?scheme", "sandbox", "refusing to open \"lumora-test://open/page\""},
+            {"window.open of file://", "?open-file", "open-file: blocked", file},
+            {"target=_blank stays here", "?blank", kWelcomeTitle, ""},
+            {"geolocation", "?geolocation", "geolocation: denied 1", permission + "Geolocation"},
+            {"camera", "?camera", "camera: denied NotAllowedError",
+             permission + "MediaAudioVideoCapture"},
+            {"notifications", "?notifications", "notifications: denied",
+             permission + "Notifications"},
+            {"clipboard", "?clipboard", "clipboard: denied NotAllowedError", ""},
+            {"download", "?download", "download: clicked", "refused download"},
+            {"dialogs", "?dialogs", "dialogs: false null", "refused a JavaScript dialog"},
+            {"untrusted certificate", untrusted, "", "rejected the certificate of " + untrusted},
+        };
+        for (const auto& row : rows) {
+            QTest::newRow(row.name) << row.address << row.title << row.logLine;
+        }
     }
     void refusesWhatAPageTries() {
         QFETCH(QString, address);
