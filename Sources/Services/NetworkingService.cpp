@@ -17,13 +17,23 @@ namespace LumoraSDK {
 
 namespace {
 
+/// Headers whose values are credentials: the API key and the bearer token.
+bool isSecretHeader(const QString& name) {
+    return name.compare(QLatin1String("x-lumora-api-key"), Qt::CaseInsensitive) == 0 ||
+           name.compare(QLatin1String("Authorization"), Qt::CaseInsensitive) == 0;
+}
+
+/// Headers as printed in a log line: credentials are replaced, so a log shared for support
+/// never hands out the key or the viewer's session.
 QString describeOptional(const std::optional<HttpHeaders>& map) {
     if (!map) {
         return QStringLiteral("nil");
     }
     QStringList pairs;
     for (auto it = map->begin(); it != map->end(); ++it) {
-        pairs.append(QStringLiteral("\"%1\": \"%2\"").arg(it.key(), it.value()));
+        pairs.append(QStringLiteral("\"%1\": \"%2\"")
+                         .arg(it.key(), isSecretHeader(it.key()) ? QStringLiteral("<redacted>")
+                                                                 : it.value()));
     }
     return QStringLiteral("Optional([%1])")
         .arg(pairs.isEmpty() ? QStringLiteral(":") : pairs.join(QStringLiteral(", ")));

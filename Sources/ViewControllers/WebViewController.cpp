@@ -1,6 +1,7 @@
 #include "ViewControllers/WebViewController.h"
 
 #include <QCoreApplication>
+#include <QMetaEnum>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -22,10 +23,16 @@ constexpr qreal kTopBarCornerRadius = 10;
 constexpr qreal kLightBarLuminance = 0.6;
 
 // The web view, with its load events turned into the signals this screen listens to: progress
-// as a fraction, and the start and end (success or not) of each navigation.
+// as a fraction, and the start and end (success or not) of each navigation. It is a sandbox for a
+// story's link: every navigation and new window is put to the screen (only http and https
+// pages open, in this same view), permissions, downloads, file pickers, full screen and
+// JavaScript dialogs are turned down, certificate errors are never overridden, and the page
+// runs in its own off-the-record profile, so cookies and storage go with the view.
 constexpr const char* kWebViewQml = R"(import QtQuick
 import QtWebEngine
 WebEngineView {
+    id: view
+    property QtObject sandbox
     signal estimatedProgressChanged(real progress)
     signal navigationStarted()
     signal navigationFinished()
@@ -36,6 +43,69 @@ WebEngineView {
         else
             navigationFinished()
     }
+    profile: WebEngineProfile {
+        offTheRecord: true
+        httpCacheType: WebEngineProfile.MemoryHttpCache
+        persistentCookiesPolicy: WebEngineProfile.NoPersistentCookies
+        onDownloadRequested: (download) => {
+            download.cancel()
+            view.sandbox.refused("download", download.url)
+        }
+    }
+    settings.javascriptCanAccessClipboard: false
+    settings.javascriptCanPaste: false
+    settings.localContentCanAccessFileUrls: false
+    settings.localContentCanAccessRemoteUrls: false
+    settings.fullScreenSupportEnabled: false
+    settings.screenCaptureEnabled: false
+    settings.pluginsEnabled: false
+    settings.allowWindowActivationFromJavaScript: false
+    onNavigationRequested: (request) => {
+        if (!sandbox.allowsNavigation(request.url))
+            request.reject()
+    }
+    onNewWindowRequested: (request) => {
+        if (sandbox.allowsNavigation(request.requestedUrl))
+            url = request.requestedUrl
+    }
+    // Chromium turns down a web page's links to local files itself, before asking the view;
+    // its console error is the only sign of the attempt. The page's own console stays out of
+    // the host's log.
+    onJavaScriptConsoleMessage: (level, message) => {
+        const prefix = "Not allowed to load local resource: "
+        if (level === WebEngineView.ErrorMessageLevel && message.startsWith(prefix))
+            sandbox.allowsNavigation(message.slice(prefix.length))
+    }
+    onFeaturePermissionRequested: (origin, feature) => {
+        grantFeaturePermission(origin, feature, false)
+        sandbox.refusedPermission(feature, origin)
+    }
+    onJavaScriptDialogRequested: (request) => {
+        request.accepted = true
+        request.dialogReject()
+        sandbox.refused("a JavaScript dialog", request.securityOrigin)
+    }
+    onCertificateError: (error) => {
+        error.rejectCertificate()
+        sandbox.rejectedCertificate(error.url, error.description)
+    }
+    onFileDialogRequested: (request) => {
+        request.accepted = true
+        request.dialogReject()
+        sandbox.refused("a file picker", url)
+    }
+    onAuthenticationDialogRequested: (request) => {
+        request.accepted = true
+        request.dialogReject()
+        sandbox.refused("a sign-in dialog", request.url)
+    }
+    onColorDialogRequested: (request) => {
+        request.accepted = true
+        request.dialogReject()
+    }
+    onFullScreenRequested: (request) => request.reject()
+    onRegisterProtocolHandlerRequested: (request) => request.reject()
+    onSelectClientCertificate: (selection) => selection.selectNone()
 }
 )";
 
@@ -72,6 +142,37 @@ bool WebViewController::canOpen(const QUrl& url) {
     const QString scheme = url.scheme();
     return url.isValid() && !url.host().isEmpty() &&
            (scheme == QLatin1String("http") || scheme == QLatin1String("https"));
+}
+
+bool WebViewController::allowsNavigation(const QUrl& url) const {
+    if (canOpen(url)) {
+        return true;
+    }
+    log(description() + QStringLiteral(" - refusing to open \"") + url.toString() +
+            QStringLiteral("\": only http and https pages are shown"),
+        LogLevel::error);
+    return false;
+}
+
+void WebViewController::refused(const QString& what, const QUrl& origin) const {
+    log(description() + QStringLiteral(" - refused ") + what + QStringLiteral(" from ") +
+        origin.toString());
+}
+
+void WebViewController::refusedPermission(int feature, const QUrl& origin) const {
+    // The names are the web view's own: its feature numbers differ from Qt WebEngine Core's.
+    const QMetaObject* meta = m_webView ? m_webView->metaObject() : nullptr;
+    const int index = meta ? meta->indexOfEnumerator("Feature") : -1;
+    const char* name = index >= 0 ? meta->enumerator(index).valueToKey(feature) : nullptr;
+    refused(QStringLiteral("the permission ") +
+                (name ? QString::fromLatin1(name) : QString::number(feature)),
+            origin);
+}
+
+void WebViewController::rejectedCertificate(const QUrl& url, const QString& reason) const {
+    log(description() + QStringLiteral(" - rejected the certificate of ") + url.toString() +
+            QStringLiteral(": ") + reason,
+        LogLevel::error);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -114,12 +215,7 @@ void WebViewController::setup(const std::optional<Branding>& branding) {
         "color",
         colorFromHexString(colors.secondaryColor.value_or(*defaultBranding.secondaryColor), 1.0));
 
-    if (url && !canOpen(*url)) {
-        log(description() + QStringLiteral(" - refusing to open \"") + url->toString() +
-                QStringLiteral("\": only http and https pages are shown"),
-            LogLevel::error);
-    }
-    if (!url || !canOpen(*url) || !createWebView()) {
+    if (!url || !allowsNavigation(*url) || !createWebView()) {
         stopObservingEstimatedProgress();
         // On the next turn, so that a presentation under way is in place before it is undone.
         QPointer<WebViewController> self(this);
@@ -184,6 +280,7 @@ bool WebViewController::createWebView() {
         return false;
     }
     QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
+    item->setProperty("sandbox", QVariant::fromValue<QObject*>(this));
     item->setParent(this);
     item->setParentItem(m_containerView);
     item->setSize(m_containerView->size());

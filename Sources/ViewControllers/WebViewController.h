@@ -61,6 +61,15 @@ public:
     /// True for an http or https address with a host: the only pages this screen opens.
     static bool canOpen(const QUrl& url);
 
+    /// Whether the page may go to `url` (a first address, a link, a redirect, a new window):
+    /// only addresses canOpen accepts; any other is refused with a log line naming it.
+    Q_INVOKABLE bool allowsNavigation(const QUrl& url) const;
+    /// What the page asked for and did not get (a download, a dialog, a permission), logged.
+    Q_INVOKABLE void refused(const QString& what, const QUrl& origin) const;
+    Q_INVOKABLE void refusedPermission(int feature, const QUrl& origin) const;
+    /// A page whose certificate does not verify is never shown; the reason is logged.
+    Q_INVOKABLE void rejectedCertificate(const QUrl& url, const QString& reason) const;
+
     /// Colours the top bar and the progress bar, then starts loading `url`; without an address
     /// that can be opened, dismisses the screen at once (running onDismissed).
     void setup(const std::optional<Branding>& branding);

@@ -24,9 +24,9 @@ namespace LumoraTest {
 /// the test carries the server's address as its ApiBaseUrl.
 class SdkOnDevServer {
 public:
-    SdkOnDevServer() {
+    explicit SdkOnDevServer(const QByteArray& logLevel = "1") {
         using namespace LumoraSDK;
-        qputenv("LUMORA_SDK_LOG_LEVEL", "1");  // before the logger's first use
+        qputenv("LUMORA_SDK_LOG_LEVEL", logLevel);  // before the logger's first use
         UserDefaults::setStandardLocation(m_dir.filePath("defaults.json"));
         const QString main = m_dir.filePath(QStringLiteral("app"));
         const QString bundle = main + "/Frameworks/LumoraSDK.framework/LumoraSDK.bundle";

@@ -1,5 +1,7 @@
 // The web page viewer in a real offscreen window: drag to dismiss through real pointer events,
-// the progress bar, refused addresses, and a real page from lumora-devserver over loopback.
+// the progress bar, refused addresses, a real page from lumora-devserver over loopback, and the
+// viewer as a sandbox for what a page tries.
+#include <QDirIterator>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
@@ -26,6 +28,13 @@ qreal backgroundAlpha(WebViewController* screen) {
 bool near(qreal value, qreal expected) {
     return qAbs(value - expected) < 1e-4;
 }
+const QString kWelcomeTitle = QStringLiteral("Welcome to Lumora stories");
+
+/// Where the process, and so the browser, would keep anything; set before the application starts.
+QTemporaryDir& home() {
+    static QTemporaryDir dir;
+    return dir;
+}
 }  // namespace
 
 class WebViewerTest : public QObject {
@@ -35,7 +44,10 @@ private slots:
     void initTestCase() {
         Lumora::sharedInstance();  // installs the bundled fonts
         m_server = std::make_unique<LumoraTest::DevServer>();
-        QVERIFY(m_server->isRunning());
+        LumoraTest::DevServer::Options tls;
+        tls.tls = true;
+        m_tlsServer = std::make_unique<LumoraTest::DevServer>(tls);
+        QVERIFY(m_server->isRunning() && m_tlsServer->isRunning());
     }
     void init() {
         Scheduler::setCurrent(&m_clock);
@@ -188,8 +200,8 @@ private slots:
     void loadsAPageAndCloses() {
         m_window->resize(375, 812);
         QPointer<WebViewController> screen = present(pageUrl());
-        QTRY_COMPARE_WITH_TIMEOUT(screen->pageTitle()->property("text").toString(),
-                                  "Welcome to Lumora stories", 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(screen->pageTitle()->property("text").toString(), kWelcomeTitle,
+                                  30000);
         QTRY_VERIFY_WITH_TIMEOUT(!screen->webView()->property("loading").toBool(), 30000);
         QCOMPARE(screen->pageUrl()->property("text").toString(), pageUrl().toString());
         QCOMPARE(screen->progressBar()->opacity(), 1.0);
@@ -216,7 +228,111 @@ private slots:
         QVERIFY(!m_observingAtDismissal);
     }
 
+    // /pages/sandbox.html?<attempt> tries one thing when tapped and reports the outcome in its
+    // title. Each is refused with a log line; the same viewer then still loads a page and closes.
+    void refusesWhatAPageTries_data() {
+        QTest::addColumn<QString>("address");  // a path of the server, or a whole address
+        QTest::addColumn<QString>("title");    // what the page reports; empty: not checked
+        QTest::addColumn<QString>("logLine");
+        const QString file = "refusing to open \"file:///etc/hostname\": only http and https";
+        const QString permission = "refused the permission ";
+        const QString untrusted = m_tlsServer->baseUrl() + "/pages/welcome.html";
+        const struct {
+            const char* name;
+            QString address, title, logLine;
+        } rows[] = {
+            {"link to file://", "?file", "sandbox", file},
+            {"custom scheme", "?scheme", "sandbox", "refusing to open \"lumora-test://open/page\""},
+            {"window.open of file://", "?open-file", "open-file: blocked", file},
+            {"target=_blank stays here", "?blank", kWelcomeTitle, ""},
+            {"geolocation", "?geolocation", "geolocation: denied 1", permission + "Geolocation"},
+            {"camera", "?camera", "camera: denied NotAllowedError",
+             permission + "MediaAudioVideoCapture"},
+            {"notifications", "?notifications", "notifications: denied",
+             permission + "Notifications"},
+            {"clipboard", "?clipboard", "clipboard: denied NotAllowedError", ""},
+            {"download", "?download", "download: clicked", "refused download"},
+            {"dialogs", "?dialogs", "dialogs: false null", "refused a JavaScript dialog"},
+            {"untrusted certificate", untrusted, "", "rejected the certificate of " + untrusted},
+        };
+        for (const auto& row : rows) {
+            QTest::newRow(row.name) << row.address << row.title << row.logLine;
+        }
+    }
+    void refusesWhatAPageTries() {
+        QFETCH(QString, address);
+        QFETCH(QString, title);
+        QFETCH(QString, logLine);
+        LumoraTest::LogCapture log;
+        const bool tap = address.startsWith('?');
+        QPointer<WebViewController> screen =
+            present(tap ? page("/pages/sandbox.html" + address) : QUrl(address));
+        QQuickItem* view = screen->webView();
+        if (tap) {
+            tapOnceLoaded(view);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(log.count(logLine) > 0, kPageTimeout);
+        if (!title.isEmpty()) {
+            QTRY_COMPARE_WITH_TIMEOUT(view->property("title").toString(), title, kPageTimeout);
+        }
+        QCOMPARE(PresentationStack::forWindow(m_window.get())->presentedViewControllers().size(),
+                 1);
+        QCOMPARE(screen->webView(), view);
+
+        view->setProperty("url", pageUrl());
+        QTRY_COMPARE_WITH_TIMEOUT(screen->pageTitle()->property("text").toString(), kWelcomeTitle,
+                                  kPageTimeout);
+        close(screen);
+    }
+
+    // A page that stores a cookie and local storage sees them after a reload but not in the next
+    // viewer, and once the viewers are closed the browser has left no file in the (temporary)
+    // home, data, cache or config directories. Skipped: caches of Qt's QML compiler and of the
+    // system's fonts and graphics, and the user's certificate store that Chromium creates empty.
+    void nothingOutlivesTheViewer() {
+        for (int viewer = 0; viewer < 2; ++viewer) {
+            QPointer<WebViewController> screen = present(page("/pages/sandbox.html?storage"));
+            for (const char* title : {"storage: none none", "storage: seen visit=seen"}) {
+                tapOnceLoaded(screen->webView());
+                QTRY_COMPARE_WITH_TIMEOUT(screen->webView()->property("title").toString(), title,
+                                          kPageTimeout);
+                QMetaObject::invokeMethod(screen->webView(), "reload");
+            }
+            close(screen);
+        }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QStringList files;
+        QDirIterator it(home().path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        static const QRegularExpression kept("/qmlcache/|/fontconfig/|shader_cache|/\\.pki/nssdb/");
+        while (it.hasNext()) {
+            files.append(it.next().mid(home().path().size()));
+        }
+        files.removeIf([](const QString& file) { return kept.match(file).hasMatch(); });
+        QVERIFY2(files.isEmpty(), qPrintable(files.join(", ")));
+    }
+
 private:
+    static constexpr int kPageTimeout = 20000;
+
+    QUrl page(const QString& path) const { return QUrl(m_server->baseUrl() + path); }
+
+    /// The sandbox page makes its attempt when tapped, as a link is followed.
+    void tapOnceLoaded(QQuickItem* view) {
+        QTRY_VERIFY_WITH_TIMEOUT(
+            view->property("title").toString() == "sandbox" && !view->property("loading").toBool(),
+            kPageTimeout);
+        QTest::mouseClick(m_window.get(), Qt::LeftButton, {},
+                          view->mapToScene(view->boundingRect().center()).toPoint());
+    }
+
+    void close(WebViewController* screen) {
+        const QQuickItem* button = screen->closeButton();
+        QTest::mouseClick(m_window.get(), Qt::LeftButton, {},
+                          button->mapToScene(button->boundingRect().center()).toPoint());
+        m_clock.advance(PresentationStack::kPresentationDuration);
+        QCOMPARE(std::exchange(m_dismissed, 0), 1);
+    }
+
     QUrl pageUrl() const { return QUrl(m_server->baseUrl() + "/pages/welcome.html"); }
 
     WebViewController* present(const QUrl& url) {
@@ -235,12 +351,21 @@ private:
 
     ManualScheduler m_clock;
     std::unique_ptr<LumoraTest::DevServer> m_server;
+    std::unique_ptr<LumoraTest::DevServer> m_tlsServer;
     std::unique_ptr<QQuickWindow> m_window;
     int m_dismissed = 0;
     bool m_observingAtDismissal = true;
 };
 
 int main(int argc, char** argv) {
+    // Anything the browser keeps lands in one temporary directory; media capture devices are
+    // Chromium's fakes, so that a camera request reaches the permission step.
+    const QByteArray dir = home().path().toLocal8Bit();
+    for (const char* variable : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) {
+        qputenv(variable, dir + "/" + variable);
+    }
+    qputenv("QTWEBENGINE_CHROMIUM_FLAGS", "--use-fake-device-for-media-stream");
+    qputenv("LUMORA_SDK_LOG_LEVEL", "1");
     Lumora::prepareApplication();
     QGuiApplication app(argc, argv);
     WebViewerTest test;
