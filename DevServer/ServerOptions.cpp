@@ -77,6 +77,16 @@ std::optional<ServerOptions> ServerOptions::parse(const std::vector<std::string>
             if (!value(options.apiKey)) {
                 return std::nullopt;
             }
+        } else if (argument == "--parent-pid") {
+            if (!value(text)) {
+                return std::nullopt;
+            }
+            const auto* end = text.data() + text.size();
+            auto [ptr, ec] = std::from_chars(text.data(), end, options.parentPid);
+            if (ec != std::errc() || ptr != end || options.parentPid <= 1) {
+                error = "--parent-pid needs a process id, not \"" + text + "\"";
+                return std::nullopt;
+            }
         } else if (argument == "--fault") {
             if (!value(text)) {
                 return std::nullopt;
@@ -109,6 +119,7 @@ Options:
   --content DIR       directory with channels.json and its media (default: the built demo)
   --api-key KEY       the key clients send as x-lumora-api-key (default lumora-demo-key)
   --fault ROUTE=JSON  inject a fault from the start, as POST /dev/faults would; repeatable
+  --parent-pid PID    stop (as on SIGTERM) when process PID, the one starting the server, ends
   --help              show this text
 
 The first line on standard output is the base URL, e.g. http://127.0.0.1:8787.

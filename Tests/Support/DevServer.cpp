@@ -1,5 +1,6 @@
 #include "DevServer.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
@@ -42,8 +43,13 @@ struct DevServer::Private {
         if (!directory.isValid()) {
             qFatal("DevServer: cannot create a temporary directory");
         }
-        QStringList arguments{QStringLiteral("--port"), QStringLiteral("0"),
-                              QStringLiteral("--api-key"), options.apiKey};
+        // The server goes when this process does, also when a test aborts it.
+        QStringList arguments{QStringLiteral("--port"),
+                              QStringLiteral("0"),
+                              QStringLiteral("--api-key"),
+                              options.apiKey,
+                              QStringLiteral("--parent-pid"),
+                              QString::number(QCoreApplication::applicationPid())};
         if (options.tls) {
             caPath = directory.filePath(QStringLiteral("ca.pem"));
             arguments << QStringLiteral("--tls") << QStringLiteral("--ca-out") << caPath;
@@ -121,6 +127,10 @@ DevServer::~DevServer() {
     }
 }
 
+qint64 DevServer::processId() const {
+    return d->process.processId();
+}
+
 bool DevServer::isRunning() const {
     return d->process.state() == QProcess::Running;
 }
@@ -137,8 +147,8 @@ QString DevServer::caCertificatePath() const {
     return d->caPath;
 }
 
-QJsonArray DevServer::events() const {
-    return d->getArray(QStringLiteral("/dev/events"));
+QJsonArray DevServer::events(qint64 after) const {
+    return d->getArray(QStringLiteral("/dev/events?after=%1").arg(after));
 }
 
 QJsonArray DevServer::requests() const {

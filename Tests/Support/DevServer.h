@@ -24,14 +24,16 @@ public:
     ~DevServer();
 
     bool isRunning() const;
+    qint64 processId() const;
     /// "http://127.0.0.1:<port>" or "https://127.0.0.1:<port>".
     QString baseUrl() const;
     QString apiKey() const;
     /// PEM file of the CA that signed the TLS certificate (with Options::tls).
     QString caCertificatePath() const;
 
-    /// GET /dev/events: the recorded viewing-history and activity requests, oldest first.
-    QJsonArray events() const;
+    /// GET /dev/events: the recorded viewing-history and activity requests, oldest first; with
+    /// `after`, only those whose "seq" is greater.
+    QJsonArray events(qint64 after = -1) const;
     /// GET /dev/requests: every API request received (method, path, headers, body), oldest first.
     QJsonArray requests() const;
     /// POST /dev/reset: forget events, requests, users, tokens and faults.
