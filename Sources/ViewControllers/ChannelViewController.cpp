@@ -346,6 +346,9 @@ void ChannelViewController::onMediaPageChanged() {
             log(description() +
                 QStringLiteral(" image is ready, but pause because instructions are up"));
             pauseCurrentMedia();
+        } else if (const std::optional<QString> reason = playbackBlockedReason()) {
+            log(description() + QStringLiteral(" image is ready, but pause because ") + *reason);
+            pauseCurrentMedia();
         }
     } else if (isVideo) {
         prepareCurrentVideoSet({});
@@ -388,6 +391,17 @@ void ChannelViewController::loadTimerForMedia(int idx, bool forceRestart) {
         });
 }
 
+std::optional<QString> ChannelViewController::playbackBlockedReason() const {
+    if (!hostController) {
+        return std::nullopt;
+    }
+    // Work queued for a channel the pager has since left must not start it again.
+    if (hostController->currentChannelViewController() != this) {
+        return QStringLiteral("the channel is not on screen");
+    }
+    return hostController->mediaPlaybackBlockedReason();
+}
+
 void ChannelViewController::pauseCurrentMedia() {
     log(description() + QStringLiteral(" pauseCurrentMedia - pausing ") +
         QString::number(currentIndex()));
@@ -407,6 +421,11 @@ void ChannelViewController::resumeCurrentMedia() {
         return;
     }
     const int idx = currentIndex();
+    if (const std::optional<QString> reason = playbackBlockedReason()) {
+        log(description() + QStringLiteral(" resumeCurrentMedia - cannot resume ") +
+            QString::number(idx) + QStringLiteral(", ") + *reason);
+        return;
+    }
     ChannelMediaCollectionViewCell* cell = getVisibleMediaCell(idx);
     if (!cell || !cell->mediaReady()) {
         log(description() + QStringLiteral(" resumeCurrentMedia - cannot resume ") +
@@ -416,9 +435,9 @@ void ChannelViewController::resumeCurrentMedia() {
     log(description() + QStringLiteral(" resumeCurrentMedia - resuming ") + QString::number(idx) +
         QStringLiteral(" -> ") + cell->mediaUrl.value_or(QString()));
     const std::optional<Page> page = currentPage();
+    // A run that already finished resumes too: with nothing left it completes on its first tick.
     if (page && page->isImage() && progressCollectionViewDataSource &&
-        progressCollectionViewDataSource->timerRemainingMs &&
-        *progressCollectionViewDataSource->timerRemainingMs > 0) {
+        progressCollectionViewDataSource->timerRemainingMs) {
         ChannelProgressCollectionDataSource& progress = *progressCollectionViewDataSource;
         progress.isResumed = true;
         progress.startNewTimer(*progress.timerRemainingMs / 100, progress.onTimerUpdate,

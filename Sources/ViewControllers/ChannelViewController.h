@@ -139,6 +139,8 @@ private:
     void showLearnMoreContainer();
     void hideLearnMoreContainer();
     void adaptLayoutForAspectRatio();
+    /// The host's reason why media must not play now, if any.
+    std::optional<QString> playbackBlockedReason() const;
     void applyTextShadow(QQuickItem* label);
 
     QPointer<QQuickItem> m_topGradient;
