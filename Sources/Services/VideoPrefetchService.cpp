@@ -180,9 +180,9 @@ void VideoPrefetchService::addVideoItem(const QString& videoUrl, std::function<v
         MainQueue::async([videoUrl, prepared] {
             Cache& state = cache();
             const std::shared_ptr<VideoPlayerItem> mine = prepared->lock();
-            auto preparation = std::find_if(
-                state.preparing.begin(), state.preparing.end(),
-                [&](const Preparation& p) { return mine && p.item == mine; });
+            auto preparation =
+                std::find_if(state.preparing.begin(), state.preparing.end(),
+                             [&](const Preparation& p) { return mine && p.item == mine; });
             if (preparation == state.preparing.end()) {
                 return;  // released meanwhile
             }

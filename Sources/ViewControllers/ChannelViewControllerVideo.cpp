@@ -71,8 +71,8 @@ void ChannelViewController::loadVideo(const QString& videoUrl, std::function<voi
             // The viewer may have moved on while the video loaded; the node then keeps what
             // is on screen now.
             const std::optional<Page> current = self->currentPage();
-            if (self->hostController->currentChannelViewController() != self ||
-                !current || current->url != videoUrl) {
+            if (self->hostController->currentChannelViewController() != self || !current ||
+                current->url != videoUrl) {
                 log(description() + QStringLiteral(" loadVideo - ") + videoUrl +
                     QStringLiteral(" no longer shown, not loaded"));
                 return;

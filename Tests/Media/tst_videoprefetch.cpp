@@ -4,10 +4,10 @@
 #include <QTest>
 #include <QUrl>
 
-#include "Platform/VideoPlayerItem.h"
-#include "Services/VideoPrefetchService.h"
 #include "DevServer.h"
 #include "LiveObjects.h"
+#include "Platform/VideoPlayerItem.h"
+#include "Services/VideoPrefetchService.h"
 #include "TestSupport.h"
 
 using namespace LumoraSDK;

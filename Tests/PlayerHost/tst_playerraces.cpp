@@ -73,7 +73,8 @@ private slots:
         QTest::mouseClick(window(), Qt::LeftButton, {}, QPoint(300, 320));
         m_h->advance(0.1);
         QVERIFY(waitForVideo(fast));
-        QVERIFY(m_h->waitFor([&] { return VideoPrefetchService::cachedVideoUrls().contains(slow); }));
+        QVERIFY(
+            m_h->waitFor([&] { return VideoPrefetchService::cachedVideoUrls().contains(slow); }));
         m_h->advance(0.1);
         QCOMPARE(m_h->host()->videoNode->assetUrl(), fast);
         QVERIFY(m_h->host()->videoNode->isPlaying());

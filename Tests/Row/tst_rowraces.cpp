@@ -30,7 +30,8 @@ private slots:
         const QString last = channels.last()["id"].toString();
         const QString first = channels.first()["id"].toString();
         row.openChannel(last, true);
-        QVERIFY(m_env->settleUntil(nullptr, [&] { return !scene->strip().isUserInteractionEnabled(); }));
+        QVERIFY(m_env->settleUntil(nullptr,
+                                   [&] { return !scene->strip().isUserInteractionEnabled(); }));
         // Before the scroll to the last channel ends, the host asks for the first one at once.
         row.openChannel(first, false);
         QVERIFY(m_env->settleUntil(&row, [&] { return !m_opened.isEmpty(); }));

@@ -44,12 +44,10 @@ struct DevServer::Private {
             qFatal("DevServer: cannot create a temporary directory");
         }
         // The server goes when this process does, also when a test aborts it.
-        QStringList arguments{QStringLiteral("--port"),
-                              QStringLiteral("0"),
-                              QStringLiteral("--api-key"),
-                              options.apiKey,
-                              QStringLiteral("--parent-pid"),
-                              QString::number(QCoreApplication::applicationPid())};
+        QStringList arguments{
+            QStringLiteral("--port"),       QStringLiteral("0"),
+            QStringLiteral("--api-key"),    options.apiKey,
+            QStringLiteral("--parent-pid"), QString::number(QCoreApplication::applicationPid())};
         if (options.tls) {
             caPath = directory.filePath(QStringLiteral("ca.pem"));
             arguments << QStringLiteral("--tls") << QStringLiteral("--ca-out") << caPath;

@@ -1,8 +1,8 @@
 #include "LiveObjects.h"
 
+#include <private/qhooks_p.h>
 #include <QMutex>
 #include <QThread>
-#include <private/qhooks_p.h>
 #include <unordered_set>
 
 namespace LumoraTest::LiveObjects {

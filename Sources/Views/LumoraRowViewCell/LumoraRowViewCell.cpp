@@ -219,8 +219,8 @@ void LumoraRowViewCell::setupBorders(FrameButtonView* view) {
         return;
     }
     if (!m_inactiveGradientBorderLayer) {
-        m_inactiveGradientBorderLayer = makeRing(view, ringWidth(view, false),
-                                                 {colorInactive, colorInactive}, 0, !m_isActive);
+        m_inactiveGradientBorderLayer =
+            makeRing(view, ringWidth(view, false), {colorInactive, colorInactive}, 0, !m_isActive);
     }
     if (m_primaryColorActive && m_secondaryColorActive && m_isActive &&
         !m_activeGradientBorderLayer) {
@@ -230,7 +230,6 @@ void LumoraRowViewCell::setupBorders(FrameButtonView* view) {
                                                1, m_isActive);
     }
 }
-
 
 qreal LumoraRowViewCell::ringWidth(const FrameButtonView* view, bool active) const {
     return view->borderWidth() * m_scale * (active ? 1.0 : kInactiveRingWidthFactor);
