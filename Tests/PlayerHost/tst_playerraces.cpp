@@ -11,6 +11,7 @@
 #include "Lumora.h"
 #include "Platform/Layers/Layer.h"
 #include "Platform/VideoNode.h"
+#include "Platform/VideoPlayerItem.h"
 #include "PlayerTestSupport.h"
 #include "Services/VideoPrefetchService.h"
 #include "ViewControllers/WebViewController.h"
@@ -73,8 +74,17 @@ private slots:
         QTest::mouseClick(window(), Qt::LeftButton, {}, QPoint(300, 320));
         m_h->advance(0.1);
         QVERIFY(waitForVideo(fast));
-        QVERIFY(
-            m_h->waitFor([&] { return VideoPrefetchService::cachedVideoUrls().contains(slow); }));
+        // Every player of the slow video has finished preparing and handed it over.
+        QVERIFY(m_h->waitFor([&] {
+            for (VideoPlayerItem* item : LumoraTest::LiveObjects::of<VideoPlayerItem>()) {
+                if (item->url().toString() == slow &&
+                    item->state() == VideoPlayerItem::State::Loading) {
+                    return false;
+                }
+            }
+            return VideoPrefetchService::cachedVideoUrls().contains(slow);
+        }));
+        m_h->advance(0.1);
         m_h->advance(0.1);
         QCOMPARE(m_h->host()->videoNode->assetUrl(), fast);
         QVERIFY(m_h->host()->videoNode->isPlaying());
