@@ -54,11 +54,11 @@ Preparation* preparationFor(const QString& key) {
 }
 
 /// Stops preparing the oldest address nobody waits for, else the oldest of all (its waiters
-/// hear of no item). Answers whether one was stopped.
-bool cancelOldestPreparation() {
+/// hear of no item).
+void cancelOldestPreparation() {
     auto& preparing = cache().preparing;
     if (preparing.empty()) {
-        return false;
+        return;
     }
     auto victim = std::find_if(preparing.begin(), preparing.end(),
                                [](const Preparation& p) { return p.waiters.empty(); });
@@ -71,7 +71,6 @@ bool cancelOldestPreparation() {
     for (const auto& waiter : waiters) {
         waiter();
     }
-    return true;
 }
 
 /// Players must be gone before the application's windows and display are: a media back end
@@ -252,10 +251,6 @@ void VideoPrefetchService::releaseAll() {
     Cache& state = cache();
     state.entries.clear();
     state.preparing.clear();
-}
-
-int VideoPrefetchService::preparingCount() {
-    return int(cache().preparing.size());
 }
 
 QStringList VideoPrefetchService::cachedVideoUrls() {

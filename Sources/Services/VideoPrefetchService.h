@@ -41,8 +41,6 @@ public:
 
     /// The cached addresses, oldest first.
     static QStringList cachedVideoUrls();
-    /// How many addresses are still being prepared.
-    static int preparingCount();
 
 private:
     static bool cacheContainsKey(const QString& key);

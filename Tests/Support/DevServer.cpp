@@ -125,10 +125,6 @@ DevServer::~DevServer() {
     }
 }
 
-qint64 DevServer::processId() const {
-    return d->process.processId();
-}
-
 bool DevServer::isRunning() const {
     return d->process.state() == QProcess::Running;
 }

@@ -24,7 +24,6 @@ public:
     ~DevServer();
 
     bool isRunning() const;
-    qint64 processId() const;
     /// "http://127.0.0.1:<port>" or "https://127.0.0.1:<port>".
     QString baseUrl() const;
     QString apiKey() const;
