@@ -3,6 +3,7 @@
 #include "HttpUtil.h"
 
 #include <QJsonDocument>
+#include <cstdlib>
 
 namespace LumoraSDK::DevServer {
 
@@ -32,7 +33,9 @@ void DevRoutes::handle(const httplib::Request& request, httplib::Response& respo
         response.status = 200;
         response.set_content(indexPage(requestBaseUrl(request, m_tls)), "text/html; charset=utf-8");
     } else if (path == "/dev/events" && get) {
-        setJson(response, 200, m_journal.events());
+        // ?after=N: only what came after event N, for clients that poll.
+        const std::string after = request.get_param_value("after");
+        setJson(response, 200, m_journal.events(after.empty() ? -1 : std::atoll(after.c_str())));
     } else if (path == "/dev/requests" && get) {
         setJson(response, 200,
                 m_journal.requests(request.has_param("prefix") ? request.get_param_value("prefix")

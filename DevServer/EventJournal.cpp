@@ -51,9 +51,15 @@ void EventJournal::recordEvent(const std::string& kind, const std::string& user,
                                  {"body", body}});
 }
 
-QJsonArray EventJournal::events() const {
+QJsonArray EventJournal::events(int64_t after) const {
     std::lock_guard lock(m_mutex);
-    return toArray(m_events);
+    QJsonArray array;
+    for (const QJsonObject& event : m_events) {
+        if (event.value("seq").toInteger() > after) {
+            array.append(event);
+        }
+    }
+    return array;
 }
 
 QJsonArray EventJournal::requests(const std::string& prefix) const {

@@ -24,7 +24,8 @@ public:
     /// kind is "viewingHistory" or "activity"; user the external id (empty when anonymous).
     void recordEvent(const std::string& kind, const std::string& user, const QJsonValue& body);
 
-    QJsonArray events() const;
+    /// The events after sequence number `after` (all of them by default), oldest first.
+    QJsonArray events(int64_t after = -1) const;
     /// The requests whose path starts with `prefix`.
     QJsonArray requests(const std::string& prefix) const;
     /// The last `count` events, newest first, for the index page.

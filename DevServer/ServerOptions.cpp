@@ -99,6 +99,16 @@ std::optional<ServerOptions> ServerOptions::parse(const std::vector<std::string>
             if (!value(options.apiKey)) {
                 return std::nullopt;
             }
+        } else if (argument == "--parent-pid") {
+            if (!value(text)) {
+                return std::nullopt;
+            }
+            const auto* end = text.data() + text.size();
+            auto [ptr, ec] = std::from_chars(text.data(), end, options.parentPid);
+            if (ec != std::errc() || ptr != end || options.parentPid <= 1) {
+                error = "--parent-pid needs a process id, not \"" + text + "\"";
+                return std::nullopt;
+            }
         } else if (argument == "--fault") {
             if (!value(text)) {
                 return std::nullopt;
@@ -133,6 +143,7 @@ Options:
   --channels N        serve N channels: the content's channels repeated with fresh ids
   --media-max-age S   Cache-Control max-age of media answers, in seconds (default 86400)
   --fault ROUTE=JSON  inject a fault from the start, as POST /dev/faults would; repeatable
+  --parent-pid PID    stop (as on SIGTERM) when process PID, the one starting the server, ends
   --help              show this text
 
 The first line on standard output is the base URL, e.g. http://127.0.0.1:8787.

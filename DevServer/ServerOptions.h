@@ -21,6 +21,8 @@ struct ServerOptions {
     int channels = 0;
     /// (route, JSON object) pairs from --fault ROUTE=JSON, applied at start.
     std::vector<std::pair<std::string, std::string>> faults;
+    /// With --parent-pid: the process that started the server; the server stops when it ends.
+    int parentPid = 0;
     bool help = false;
 
     /// Parses argv; on a usage error returns nothing and fills `error`.

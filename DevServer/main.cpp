@@ -41,6 +41,20 @@ std::string urlHost(const std::string& host) {
     return host.find(':') != std::string::npos ? "[" + host + "]" : host;
 }
 
+/// Stops the server, as SIGTERM does, once the process that started it is gone: a test that
+/// dies (an abort in a death test, a crash) cannot stop it, and its port and threads would stay.
+/// A parent that ends makes the server a child of another process, so its parent id changes.
+void exitWithParent(pid_t parent) {
+    static constexpr auto kPollInterval = std::chrono::milliseconds(100);
+    std::thread([parent] {
+        while (getppid() == parent) {
+            std::this_thread::sleep_for(kPollInterval);
+        }
+        logLine("the process that started the server (" + std::to_string(parent) + ") ended");
+        kill(getpid(), SIGTERM);
+    }).detach();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -66,6 +80,9 @@ int main(int argc, char** argv) {
     if (options->help) {
         std::cout << ServerOptions::usage();
         return 0;
+    }
+    if (options->parentPid > 0) {
+        exitWithParent(options->parentPid);
     }
     if (!isLoopbackHost(options->host)) {
         return fail(kUsageError, "refusing to listen on \"" + options->host +

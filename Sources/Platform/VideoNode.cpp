@@ -35,7 +35,7 @@ void VideoNode::setAsset(std::shared_ptr<VideoPlayerItem> asset) {
 }
 
 QString VideoNode::assetUrl() const {
-    return m_asset ? m_asset->url().toString() : QString();
+    return m_asset ? m_asset->address() : QString();
 }
 
 QMediaPlayer* VideoNode::player() const {

@@ -43,7 +43,8 @@ public:
 
     void setAsset(std::shared_ptr<VideoPlayerItem> asset);
     const std::shared_ptr<VideoPlayerItem>& asset() const { return m_asset; }
-    /// The asset's address, or empty without an asset.
+    /// The asset's address as the page gave it (not the URL's normalised text), or empty
+    /// without an asset.
     QString assetUrl() const;
     QMediaPlayer* player() const;
     /// The asset's length in seconds, when it is known.

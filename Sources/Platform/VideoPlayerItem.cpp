@@ -5,7 +5,14 @@
 namespace LumoraSDK {
 
 VideoPlayerItem::VideoPlayerItem(const QUrl& url, std::function<void()> onPrepared)
-    : m_url(url), m_player(new QMediaPlayer(this)), m_onPrepared(std::move(onPrepared)) {
+    : VideoPlayerItem(url, url.toString(), std::move(onPrepared)) {}
+
+VideoPlayerItem::VideoPlayerItem(const QUrl& url, const QString& address,
+                                 std::function<void()> onPrepared)
+    : m_url(url)
+    , m_address(address)
+    , m_player(new QMediaPlayer(this))
+    , m_onPrepared(std::move(onPrepared)) {
     connect(m_player, &QMediaPlayer::mediaStatusChanged, this,
             [this](QMediaPlayer::MediaStatus status) {
                 switch (status) {
@@ -45,7 +52,7 @@ double VideoPlayerItem::duration() const {
 QString VideoPlayerItem::description() const {
     static const char* const states[] = {"loading", "ready", "failed"};
     return QStringLiteral("<VideoPlayerItem: %1, %2, duration %3s>")
-        .arg(m_url.toString(), QLatin1String(states[static_cast<int>(m_state)]))
+        .arg(m_address, QLatin1String(states[static_cast<int>(m_state)]))
         .arg(duration());
 }
 

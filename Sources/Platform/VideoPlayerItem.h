@@ -22,11 +22,14 @@ public:
     enum class State { Loading, Ready, Failed };
 
     /// Starts preparing `url` at once; `onPrepared` runs once on the GUI thread when the
-    /// address has loaded or failed to.
+    /// address has loaded or failed to. `address` is the text the URL was made from; it names
+    /// the video exactly, where the URL's own text may differ (a host in capitals, escapes).
+    VideoPlayerItem(const QUrl& url, const QString& address, std::function<void()> onPrepared);
     VideoPlayerItem(const QUrl& url, std::function<void()> onPrepared);
     ~VideoPlayerItem() override;
 
     QUrl url() const { return m_url; }
+    QString address() const { return m_address; }
     State state() const { return m_state; }
     /// Length in seconds once prepared; 0 when unknown.
     double duration() const;
@@ -38,6 +41,7 @@ private:
     void finish(State state);
 
     QUrl m_url;
+    QString m_address;
     QMediaPlayer* m_player;
     State m_state = State::Loading;
     std::function<void()> m_onPrepared;

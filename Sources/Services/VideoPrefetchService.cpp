@@ -1,8 +1,9 @@
 #include "VideoPrefetchService.h"
 
+#include <QCoreApplication>
 #include <QUrl>
+#include <algorithm>
 #include <optional>
-#include <set>
 #include <utility>
 #include <vector>
 
@@ -18,11 +19,20 @@ struct Entry {
     std::shared_ptr<VideoPlayerItem> item;
 };
 
+/// An address being prepared, and who waits to play it.
+struct Preparation {
+    QString key;
+    std::shared_ptr<VideoPlayerItem> item;
+    std::vector<std::function<void()>> waiters;
+};
+
 struct Cache {
     int limit = 20;
     std::vector<Entry> entries;  // oldest first; the list is the only index
-    // Items still preparing; they join `entries` once ready.
-    std::set<std::shared_ptr<VideoPlayerItem>> preparing;
+    // Addresses still preparing, oldest first; they join `entries` once ready. They count
+    // against the limit, so that prefetching never has more than `limit` players open.
+    std::vector<Preparation> preparing;
+    bool releasesOnQuit = false;
 };
 
 Cache& cache() {
@@ -32,6 +42,47 @@ Cache& cache() {
 
 void debug(const QString& message) {
     logger().log(message, LogLevel::debug);
+}
+
+Preparation* preparationFor(const QString& key) {
+    for (Preparation& preparation : cache().preparing) {
+        if (preparation.key == key) {
+            return &preparation;
+        }
+    }
+    return nullptr;
+}
+
+/// Stops preparing the oldest address nobody waits for, else the oldest of all (its waiters
+/// hear of no item).
+void cancelOldestPreparation() {
+    auto& preparing = cache().preparing;
+    if (preparing.empty()) {
+        return;
+    }
+    auto victim = std::find_if(preparing.begin(), preparing.end(),
+                               [](const Preparation& p) { return p.waiters.empty(); });
+    if (victim == preparing.end()) {
+        victim = preparing.begin();
+    }
+    debug(QStringLiteral("addPrefetchVideoItem - cancelling the preparation of ") + victim->key);
+    const std::vector<std::function<void()>> waiters = std::move(victim->waiters);
+    preparing.erase(victim);
+    for (const auto& waiter : waiters) {
+        waiter();
+    }
+}
+
+/// Players must be gone before the application's windows and display are: a media back end
+/// still holding one then crashes on its way out.
+void releaseAllBeforeQuit() {
+    Cache& state = cache();
+    if (std::exchange(state.releasesOnQuit, true) || !QCoreApplication::instance()) {
+        return;
+    }
+    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit,
+                     &VideoPrefetchService::releaseAll);
+    qAddPostRoutine(&VideoPrefetchService::releaseAll);
 }
 }  // namespace
 
@@ -70,9 +121,15 @@ void VideoPrefetchService::getCachedVideoItem(const QString& videoUrl, bool /*sh
     }
     debug(QStringLiteral("getCachedVideoItem - no cached AVPlayerItem for ") + videoUrl +
           QStringLiteral("! opening new stream"));
-    addVideoItem(videoUrl, [videoUrl, onComplete = std::move(onComplete)] {
+    auto handOver = [videoUrl, onComplete = std::move(onComplete)] {
         onComplete(findCachedVideoItem(videoUrl));
-    });
+    };
+    if (Preparation* preparation = preparationFor(videoUrl)) {
+        // Already on its way (prefetched): one player per address.
+        preparation->waiters.push_back(std::move(handOver));
+        return;
+    }
+    addVideoItem(videoUrl, std::move(handOver));
 }
 
 void VideoPrefetchService::addVideoItem(const QString& videoUrl, std::function<void()> onComplete) {
@@ -80,43 +137,73 @@ void VideoPrefetchService::addVideoItem(const QString& videoUrl, std::function<v
     if (videoUrl.isEmpty() || !url.isValid()) {
         debug(QStringLiteral("addPrefetchVideoItem - invalid url ") + videoUrl +
               QStringLiteral(", do nothing"));
-        onComplete();
+        if (onComplete) {
+            onComplete();
+        }
         return;
     }
     if (findCachedVideoItem(videoUrl)) {
         debug(QStringLiteral("addPrefetchVideoItem - ") + videoUrl +
               QStringLiteral(" already cached, do nothing"));
-        onComplete();
+        if (onComplete) {
+            onComplete();
+        }
+        return;
+    }
+    if (Preparation* preparation = preparationFor(videoUrl)) {
+        debug(QStringLiteral("addPrefetchVideoItem - ") + videoUrl +
+              QStringLiteral(" already preparing, do nothing"));
+        if (onComplete) {
+            preparation->waiters.push_back(std::move(onComplete));
+        }
         return;
     }
     Cache& state = cache();
-    if (!state.entries.empty() && state.limit - 1 < static_cast<int>(state.entries.size())) {
+    releaseAllBeforeQuit();
+    const auto held = [&state] { return int(state.entries.size() + state.preparing.size()); };
+    if (held() > 0 && state.limit - 1 < held()) {
         debug(QStringLiteral("addPrefetchVideoItem - cache limit reached!"));
-        removeCachedVideoItems({state.entries.front().key});
+        if (!state.entries.empty()) {
+            removeCachedVideoItems({state.entries.front().key});
+        } else {
+            cancelOldestPreparation();
+        }
     }
     // An emptied entry for the same address must not linger behind the fresh one.
     removeCachedVideoItems({videoUrl});
 
-    auto holder = std::make_shared<std::shared_ptr<VideoPlayerItem>>();
-    *holder = std::make_shared<VideoPlayerItem>(url, [holder, videoUrl,
-                                                      onComplete = std::move(onComplete)] {
-        // Finish on a later turn: the item may not be fully constructed when a cached
-        // local file reports its status synchronously.
-        MainQueue::async([holder, videoUrl, onComplete] {
-            std::shared_ptr<VideoPlayerItem> item = *holder;
+    auto prepared = std::make_shared<std::weak_ptr<VideoPlayerItem>>();
+    auto item = std::make_shared<VideoPlayerItem>(url, videoUrl, [videoUrl, prepared] {
+        // Finish on a later turn: the item may not be fully constructed when a cached local
+        // file reports its status synchronously.
+        MainQueue::async([videoUrl, prepared] {
             Cache& state = cache();
-            state.preparing.erase(item);
+            const std::shared_ptr<VideoPlayerItem> mine = prepared->lock();
+            auto preparation =
+                std::find_if(state.preparing.begin(), state.preparing.end(),
+                             [&](const Preparation& p) { return mine && p.item == mine; });
+            if (preparation == state.preparing.end()) {
+                return;  // released meanwhile
+            }
+            const std::shared_ptr<VideoPlayerItem> item = preparation->item;
+            const std::vector<std::function<void()>> waiters = std::move(preparation->waiters);
+            state.preparing.erase(preparation);
             state.entries.push_back({videoUrl, item});
             debug(videoUrl +
                   QStringLiteral(
                       " - addPrefetchVideoItem loadValuesAsynchronously key index %1: complete ")
                       .arg(state.entries.size() - 1) +
                   item->description());
-            holder->reset();
-            onComplete();
+            for (const auto& waiter : waiters) {
+                waiter();
+            }
         });
     });
-    state.preparing.insert(*holder);
+    *prepared = item;
+    state.preparing.push_back({videoUrl, std::move(item), {}});
+    if (onComplete) {
+        state.preparing.back().waiters.push_back(std::move(onComplete));
+    }
 }
 
 void VideoPrefetchService::removeCachedVideoItems(const QStringList& videoUrls) {
@@ -136,19 +223,34 @@ void VideoPrefetchService::removeCachedVideoItems(const QStringList& videoUrls) 
     }
 }
 
-void VideoPrefetchService::clearCacheQueue() {
-    auto& entries = cache().entries;
-    for (Entry& entry : entries) {
+void VideoPrefetchService::clearCacheQueue(const QStringList& keep) {
+    Cache& state = cache();
+    std::erase_if(state.entries, [&](Entry& entry) {
+        if (keep.contains(entry.key)) {
+            return false;
+        }
         entry.item.reset();
-    }
-    entries.clear();
+        return true;
+    });
+    // Preparations somebody waits for to play are kept; the others stop.
+    std::erase_if(state.preparing, [&](const Preparation& preparation) {
+        return preparation.waiters.empty() && !keep.contains(preparation.key);
+    });
 }
 
 void VideoPrefetchService::prefetchVideoItems(const QStringList& videoUrls) {
-    clearCacheQueue();
+    // Addresses asked for again keep their prepared player (the video on screen among them)
+    // instead of opening a second one.
+    clearCacheQueue(videoUrls);
     for (const QString& url : videoUrls) {
-        addVideoItem(url, [] {});
+        addVideoItem(url, {});
     }
+}
+
+void VideoPrefetchService::releaseAll() {
+    Cache& state = cache();
+    state.entries.clear();
+    state.preparing.clear();
 }
 
 QStringList VideoPrefetchService::cachedVideoUrls() {

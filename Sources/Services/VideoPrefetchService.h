@@ -16,7 +16,8 @@ class VideoPlayerItem;
 /// exact text), so that a page starts its video without opening the stream from scratch.
 ///
 /// Entries are appended only once their video has finished preparing, successfully or not:
-/// playback discovers failures. GUI thread only.
+/// playback discovers failures. Entries and preparations together stay within the limit, and an
+/// address has at most one player at a time. GUI thread only.
 class LUMORASDK_EXPORT VideoPrefetchService {
 public:
     using ItemHandler = std::function<void(std::shared_ptr<VideoPlayerItem>)>;
@@ -31,8 +32,12 @@ public:
                                    ItemHandler onComplete);
     /// Releases and removes the entries of these addresses; unknown addresses are skipped.
     static void removeCachedVideoItems(const QStringList& videoUrls);
-    /// Empties the cache, then prepares each address in order.
+    /// Empties the cache, then prepares each address in order. Addresses already cached or
+    /// being prepared keep their player rather than opening another.
     static void prefetchVideoItems(const QStringList& videoUrls);
+    /// Releases every player, cached or still preparing; waiting callers are not called. Runs
+    /// by itself when the application quits, before its windows go.
+    static void releaseAll();
 
     /// The cached addresses, oldest first.
     static QStringList cachedVideoUrls();
@@ -42,7 +47,8 @@ private:
     static std::shared_ptr<VideoPlayerItem> findCachedVideoItem(const QString& key);
     static std::optional<int> getCacheKeyIndex(const QString& key);
     static void addVideoItem(const QString& videoUrl, std::function<void()> onComplete);
-    static void clearCacheQueue();
+    /// Releases every entry and every preparation nobody waits for, except those of `keep`.
+    static void clearCacheQueue(const QStringList& keep = {});
 };
 
 }  // namespace LumoraSDK

@@ -355,8 +355,8 @@ void ChannelViewController::onMediaPageChanged() {
             log(description() +
                 QStringLiteral(" image is ready, but pause because instructions are up"));
             pauseCurrentMedia();
-        } else if (hostController && hostController->isPausedByViewer) {
-            log(description() + QStringLiteral(" image is ready, but the viewer paused"));
+        } else if (const std::optional<QString> reason = playbackBlockedReason()) {
+            log(description() + QStringLiteral(" image is ready, but pause because ") + *reason);
             pauseCurrentMedia();
         }
     } else if (isVideo) {
@@ -400,6 +400,17 @@ void ChannelViewController::loadTimerForMedia(int idx, bool forceRestart) {
         });
 }
 
+std::optional<QString> ChannelViewController::playbackBlockedReason() const {
+    if (!hostController) {
+        return std::nullopt;
+    }
+    // Work queued for a channel the pager has since left must not start it again.
+    if (hostController->currentChannelViewController() != this) {
+        return QStringLiteral("the channel is not on screen");
+    }
+    return hostController->mediaPlaybackBlockedReason();
+}
+
 void ChannelViewController::pauseCurrentMedia() {
     log(description() + QStringLiteral(" pauseCurrentMedia - pausing ") +
         QString::number(currentIndex()));
@@ -418,12 +429,12 @@ void ChannelViewController::resumeCurrentMedia() {
     if (!mediaCollectionViewDataSource) {
         return;
     }
-    // Paused with the play/pause control: only that control resumes.
-    if (hostController && hostController->isPausedByViewer) {
-        log(description() + QStringLiteral(" resumeCurrentMedia - the viewer paused"));
+    const int idx = currentIndex();
+    if (const std::optional<QString> reason = playbackBlockedReason()) {
+        log(description() + QStringLiteral(" resumeCurrentMedia - cannot resume ") +
+            QString::number(idx) + QStringLiteral(", ") + *reason);
         return;
     }
-    const int idx = currentIndex();
     ChannelMediaCollectionViewCell* cell = getVisibleMediaCell(idx);
     if (!cell || !cell->mediaReady()) {
         log(description() + QStringLiteral(" resumeCurrentMedia - cannot resume ") +
@@ -433,9 +444,9 @@ void ChannelViewController::resumeCurrentMedia() {
     log(description() + QStringLiteral(" resumeCurrentMedia - resuming ") + QString::number(idx) +
         QStringLiteral(" -> ") + cell->mediaUrl.value_or(QString()));
     const std::optional<Page> page = currentPage();
+    // A run that already finished resumes too: with nothing left it completes on its first tick.
     if (page && page->isImage() && progressCollectionViewDataSource &&
-        progressCollectionViewDataSource->timerRemainingMs &&
-        *progressCollectionViewDataSource->timerRemainingMs > 0) {
+        progressCollectionViewDataSource->timerRemainingMs) {
         ChannelProgressCollectionDataSource& progress = *progressCollectionViewDataSource;
         progress.isResumed = true;
         progress.startNewTimer(*progress.timerRemainingMs / 100, progress.onTimerUpdate,

@@ -166,6 +166,8 @@ private:
                                   std::function<void()> onComplete);
     void setProgressLoadingViewText(const QString& text);
     void endSharing();
+    /// The host's reason why media must not play now, if any.
+    std::optional<QString> playbackBlockedReason() const;
     void applyTextShadow(QQuickItem* label);
 
     QPointer<QQuickItem> m_topGradient;

@@ -42,7 +42,7 @@ void ChannelViewController::prepareCurrentVideoSet(std::function<void()> onCompl
     m_videoContainerView->setVisible(false);
     QPointer<ChannelViewController> self(this);
     auto start = [self, row, onComplete = std::move(onComplete)] {
-        if (!self) {
+        if (!self || self->currentIndex() != row) {
             return;
         }
         self->m_videoContainerView->setVisible(true);
@@ -55,15 +55,7 @@ void ChannelViewController::prepareCurrentVideoSet(std::function<void()> onCompl
         start();
         return;
     }
-    const QString url = *page->url;
-    loadVideo(url, [self, url, start = std::move(start)] {
-        // The viewer may have moved on while the video loaded.
-        const std::optional<Page> current = self ? self->currentPage() : std::nullopt;
-        if (!current || current->url != url) {
-            return;
-        }
-        start();
-    });
+    loadVideo(*page->url, std::move(start));
 }
 
 void ChannelViewController::loadVideo(const QString& videoUrl, std::function<void()> onComplete) {
@@ -73,6 +65,15 @@ void ChannelViewController::loadVideo(const QString& videoUrl, std::function<voi
         [self, videoUrl,
          onComplete = std::move(onComplete)](std::shared_ptr<VideoPlayerItem> item) {
             if (!self || !self->hostController) {
+                return;
+            }
+            // The viewer may have moved on while the video loaded; the node then keeps what
+            // is on screen now.
+            const std::optional<Page> current = self->currentPage();
+            if (self->hostController->currentChannelViewController() != self || !current ||
+                current->url != videoUrl) {
+                log(description() + QStringLiteral(" loadVideo - ") + videoUrl +
+                    QStringLiteral(" no longer shown, not loaded"));
                 return;
             }
             VideoNode& node = self->hostController->replaceVideoNode();
@@ -151,7 +152,11 @@ void ChannelViewController::notifyAndStartVideo(int idx) {
 }
 
 void ChannelViewController::startVideo() {
-    if (!hostController || !hostController->videoNode || hostController->isPausedByViewer) {
+    if (!hostController || !hostController->videoNode) {
+        return;
+    }
+    if (const std::optional<QString> reason = playbackBlockedReason()) {
+        log(description() + QStringLiteral(" startVideo - not now, ") + *reason);
         return;
     }
     VideoNode& node = *hostController->videoNode;
@@ -173,7 +178,8 @@ void ChannelViewController::videoNodeDidPlayToTimeInterval(VideoNode& node, doub
         pauseCurrentMedia();
         return;
     }
-    if (hostController && hostController->isPausedByViewer) {
+    if (const std::optional<QString> reason = playbackBlockedReason()) {
+        log(prefix + QStringLiteral(" - pause because ") + *reason);
         pauseCurrentMedia();
         return;
     }

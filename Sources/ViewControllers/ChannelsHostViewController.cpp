@@ -1,6 +1,7 @@
 #include "ViewControllers/ChannelsHostViewController.h"
 
 #include <QColor>
+#include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -149,7 +150,7 @@ QList<ChannelViewController*> ChannelsHostViewController::getContentViewControll
 }
 
 ChannelViewController* ChannelsHostViewController::currentChannelViewController() const {
-    if (!m_currentVisibleChannelIndex || !m_contentViewControllers) {
+    if (m_isClosed || !m_currentVisibleChannelIndex || !m_contentViewControllers) {
         return nullptr;
     }
     const int index = *m_currentVisibleChannelIndex;
@@ -202,6 +203,18 @@ void ChannelsHostViewController::viewWillAppear(bool animated) {
     setupChannelCollectionInteractions();
     m_channelsCollectionView->setDataSource(channelsCollectionDataSource.get());
     m_channelsCollectionView->setDelegate(channelsCollectionDataSource.get());
+
+    // The media pauses while the viewer cannot see it, and stops before the application quits.
+    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
+            &ChannelsHostViewController::onSightChanged, Qt::UniqueConnection);
+    if (QQuickWindow* onWindow = window()) {
+        connect(onWindow, &QWindow::activeChanged, this,
+                &ChannelsHostViewController::onSightChanged, Qt::UniqueConnection);
+        connect(onWindow, &QWindow::visibilityChanged, this,
+                &ChannelsHostViewController::onSightChanged, Qt::UniqueConnection);
+    }
+    connect(qGuiApp, &QCoreApplication::aboutToQuit, this,
+            &ChannelsHostViewController::stopAllMedia, Qt::UniqueConnection);
 
     view()->setOpacity(0);
     MainQueue::async([self] {
@@ -296,17 +309,24 @@ void ChannelsHostViewController::pauseVideo() {
 
 void ChannelsHostViewController::dismiss(bool animated, Completion completion) {
     QPointer<ChannelsHostViewController> self(this);
-    PresentableViewController::dismiss(animated, [self, completion = std::move(completion)] {
+    // The player goes with everything presented over it (a web page, the instructions).
+    dismissWithPresented(animated, [self, completion = std::move(completion)] {
         if (self) {
-            self->pauseAllMedia();
+            self->stopAllMedia();
         }
         if (completion) {
             completion();
         }
-        if (!self || !self->m_currentVisibleChannelIndex) {
+        if (!self) {
             return;
         }
         ChannelViewController* player = self->currentChannelViewController();
+        // Work still queued for the player (a click, a video's end, the pager coming to rest)
+        // finds it closed and starts nothing.
+        self->m_isClosed = true;
+        if (!self->m_currentVisibleChannelIndex) {
+            return;
+        }
         const std::optional<Page> page = player ? player->currentPage() : std::nullopt;
         AnalyticsService::sharedInstance().trackActivity(
             ActivityType::DismissedChannel,
@@ -332,7 +352,7 @@ void ChannelsHostViewController::setCurrentVisibleChannelIndex(std::optional<int
 }
 
 void ChannelsHostViewController::onChannelIndexUpdated(std::optional<int> newIndex) {
-    if (!newIndex) {
+    if (!newIndex || m_isClosed) {
         return;
     }
     const QList<ChannelViewController*>& players = contentViewControllers();
@@ -350,6 +370,12 @@ void ChannelsHostViewController::onChannelIndexUpdated(std::optional<int> newInd
             initialPage >= 0 && initialPage < pages.size() ? pages[initialPage].id : std::nullopt;
         AnalyticsService::sharedInstance().trackActivity(ActivityType::OpenedChannel,
                                                          player->channel->id, pageId);
+    }
+    // The channel left behind stops, whatever it started while the pager moved.
+    for (ChannelViewController* other : players) {
+        if (other != player) {
+            other->pauseCurrentMedia();
+        }
     }
     QPointer<ChannelsHostViewController> self(this);
     QPointer<ChannelViewController> target(player);
@@ -446,13 +472,71 @@ void ChannelsHostViewController::toggleLoadingView(bool isHidden) {
 void ChannelsHostViewController::pauseAllMedia() {
     QPointer<ChannelsHostViewController> self(this);
     MainQueue::async([self] {
-        if (!self || !self->m_contentViewControllers) {
-            return;
-        }
-        for (ChannelViewController* player : *self->m_contentViewControllers) {
-            player->pauseCurrentMedia();
+        if (self) {
+            self->pauseEveryPage();
         }
     });
+}
+
+void ChannelsHostViewController::pauseEveryPage() {
+    if (m_contentViewControllers) {
+        for (ChannelViewController* player : *m_contentViewControllers) {
+            player->pauseCurrentMedia();
+        }
+    }
+}
+
+void ChannelsHostViewController::stopAllMedia() {
+    longHoldTimer.invalidate();
+    pauseEveryPage();
+    // The node hands its player back to the prefetch cache, paused and without outputs.
+    videoNode.reset();
+}
+
+std::optional<QString> ChannelsHostViewController::mediaPlaybackBlockedReason() const {
+    if (presentedViewController()) {
+        return QStringLiteral("a screen is over the player");
+    }
+    if (m_isHeld) {
+        return QStringLiteral("the player is held");
+    }
+    if (m_outOfSight) {
+        return QStringLiteral("the player is out of sight");
+    }
+    // Paused with the play/pause control: only that control resumes.
+    if (isPausedByViewer) {
+        return QStringLiteral("the viewer paused");
+    }
+    return std::nullopt;
+}
+
+bool ChannelsHostViewController::isInViewersSight() const {
+    const QQuickWindow* onWindow = window();
+    if (!onWindow) {
+        return true;
+    }
+    const QWindow::Visibility visibility = onWindow->visibility();
+    return QGuiApplication::applicationState() == Qt::ApplicationActive && onWindow->isActive() &&
+           visibility != QWindow::Hidden && visibility != QWindow::Minimized;
+}
+
+void ChannelsHostViewController::onSightChanged() {
+    // Only changes count: a window that was never active (a display without a window manager)
+    // still plays.
+    const bool outOfSight = !isInViewersSight();
+    if (outOfSight == m_outOfSight) {
+        return;
+    }
+    m_outOfSight = outOfSight;
+    log(description() + (outOfSight ? QStringLiteral(" - out of sight, pausing")
+                                    : QStringLiteral(" - back in sight, resuming")));
+    ChannelViewController* current = currentChannelViewController();
+    if (outOfSight) {
+        // At once rather than queued: a return within the same turn must find it paused.
+        pauseEveryPage();
+    } else if (current) {
+        current->resumeCurrentMedia();
+    }
 }
 
 QList<ChannelsCollectionViewCell*> ChannelsHostViewController::getVisibleChannelCells(

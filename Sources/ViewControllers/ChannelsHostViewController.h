@@ -90,6 +90,7 @@ public:
     /// One page player per stored channel, built on first use.
     QList<ChannelViewController*>& contentViewControllers();
     QList<ChannelViewController*> getContentViewControllers();
+    /// The page player on screen; none once the host has been dismissed.
     ChannelViewController* currentChannelViewController() const;
 
     QQuickItem* channelsCollectionContainerView() const { return m_container; }
@@ -124,6 +125,14 @@ public:
     void onChannelTransitionComplete();
     void toggleLoadingView(bool isHidden);
     void pauseAllMedia();
+    /// Why the current page's media must not play now, or nothing when it may: a screen over
+    /// the player, a finger holding it, or the player out of the viewer's sight (its window or
+    /// the application inactive, minimised or hidden). Every start and resume of a page asks
+    /// here.
+    std::optional<QString> mediaPlaybackBlockedReason() const;
+    /// Stops every page's media at once and lets the video go, for when the player closes or
+    /// the application quits: no media player may outlive the window it draws into.
+    void stopAllMedia();
     QList<ChannelsCollectionViewCell*> getVisibleChannelCells(bool sorted) const;
     void onChannelMediaReady(const Notification& notification);
     /// A volume key was pressed: the viewer wants sound, even in silent mode.
@@ -197,6 +206,8 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private slots:
+    /// The window or the application came into or went out of the viewer's sight.
+    void onSightChanged();
     /// Touch phases from the scene: which control a press lands on decides what it means.
     void onTouchBegan(QPointF scenePosition);
     void onTouchMoved(QPointF translation);
@@ -204,6 +215,8 @@ private slots:
 
 private:
     void setupGestures();
+    bool isInViewersSight() const;
+    void pauseEveryPage();
     void setupChannelCollectionInteractions();
     void onPagerCameToRest(NavigationDirection direction);
     void scrollPagerTo(int index, bool animated);
@@ -232,6 +245,9 @@ private:
     qreal m_touchTranslation = 0;
     Timer m_animation;
     qreal m_backgroundOpacity = 1.0;
+    bool m_outOfSight = false;
+    bool m_isHeld = false;
+    bool m_isClosed = false;
 };
 
 }  // namespace LumoraSDK

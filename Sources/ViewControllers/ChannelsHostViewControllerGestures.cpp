@@ -145,6 +145,8 @@ void ChannelsHostViewController::onButtonHold(GestureState state, HoldTarget tar
         return;
     }
     const bool isPrevious = target == HoldTarget::Previous;
+    // While the press lasts nothing of the page starts, not even media that arrives meanwhile.
+    m_isHeld = state == GestureState::Began;
     if (state == GestureState::Began) {
         if (isPrevious && m_previousButtonGradient) {
             m_previousButtonGradient->setVisible(true);
@@ -173,6 +175,15 @@ void ChannelsHostViewController::onButtonHold(GestureState state, HoldTarget tar
     }
     const QString prefix = description() + QStringLiteral(" onButtonHold - ") +
                            QStringLiteral("UIGestureRecognizer.State.ended -> ");
+    // The press paused the page on the main queue; a release in the same turn (an arrow key, a
+    // fast click) must resume after that pause, not before it.
+    const auto resumeAfterPause = [target = QPointer<ChannelViewController>(player)] {
+        MainQueue::async([target] {
+            if (target) {
+                target->resumeCurrentMedia();
+            }
+        });
+    };
     if (longHoldTime < player->animateDuration + kClickThreshold) {
         player->cancelInteractiveLayoutRequests();
         player->animateDuration = 0;
@@ -180,7 +191,7 @@ void ChannelsHostViewController::onButtonHold(GestureState state, HoldTarget tar
         const std::optional<Page> page = player->currentPage();
         if (!isPrevious && page && page->isSkippable == false) {
             log(prefix + QStringLiteral("BLOCKED (reason: page not skippable)"));
-            player->resumeCurrentMedia();
+            resumeAfterPause();
         } else if (channelCollectionViewDidScroll || hasPannedVertically || hasSwipedUp) {
             const QString reason = hasSwipedUp ? QStringLiteral("swiped up")
                                    : hasPannedVertically
@@ -189,7 +200,7 @@ void ChannelsHostViewController::onButtonHold(GestureState state, HoldTarget tar
             log(prefix + QStringLiteral("BLOCKED (reason: ") + reason + QStringLiteral(")"));
             // When the pager moved, the arriving channel starts its own media.
             if (!channelCollectionViewDidScroll) {
-                player->resumeCurrentMedia();
+                resumeAfterPause();
             }
         } else {
             QPointer<ChannelsHostViewController> self(this);
@@ -207,7 +218,7 @@ void ChannelsHostViewController::onButtonHold(GestureState state, HoldTarget tar
         }
     } else {
         log(prefix + QStringLiteral("PASSED as hold release"));
-        player->resumeCurrentMedia();
+        resumeAfterPause();
         player->cancelInteractiveLayoutRequests();
         player->requestShowInteractiveLayout(kClickThreshold);
     }

@@ -265,7 +265,7 @@ void ChannelsHostViewController::onPagerCameToRest(NavigationDirection direction
     channelCollectionViewDidScroll = false;
     QPointer<ChannelsHostViewController> self(this);
     MainQueue::async([self, direction] {
-        if (!self) {
+        if (!self || self->m_isClosed) {
             return;
         }
         const QList<ChannelsCollectionViewCell*> cells = self->getVisibleChannelCells(true);

@@ -232,6 +232,12 @@ void PresentableViewController::dismiss(bool animated, Completion completion) {
     }
 }
 
+void PresentableViewController::dismissWithPresented(bool animated, Completion completion) {
+    if (m_presenting && m_stack) {
+        m_stack->dismiss(this, animated, std::move(completion));
+    }
+}
+
 void PresentableViewController::presentSelf(Completion completion) {
     getGlobalContext()->present(this, true, std::move(completion));
 }

@@ -124,6 +124,9 @@ public:
     /// presented, together with everything presented above it. `completion` runs once the
     /// screens are gone; with nothing to dismiss nothing happens and it is not called.
     virtual void dismiss(bool animated, Completion completion = {});
+    /// Dismisses this presented controller itself together with everything presented above it,
+    /// even when it presents a screen of its own. Nothing happens when it is not presented.
+    void dismissWithPresented(bool animated, Completion completion = {});
     /// Presents this controller, animated, from getGlobalContext() of the key window.
     void presentSelf(Completion completion = {});
 

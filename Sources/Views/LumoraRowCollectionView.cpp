@@ -1,6 +1,7 @@
 #include "Views/LumoraRowCollectionView.h"
 
 #include <QPointer>
+#include <utility>
 
 #include "Views/LumoraRowViewDataSource.h"
 
@@ -20,6 +21,8 @@ void LumoraRowCollectionView::scrollToItem(const IndexPath& indexPath, ScrollPos
         }
         return;
     }
+    cancelAutoScroll();
+    m_autoScrolling = true;
     setUserInteractionEnabled(false);
     // The data source hears of the scroll's end; it runs this once and forgets the flag, so
     // the user's own scrolls afterwards report nothing.
@@ -30,10 +33,29 @@ void LumoraRowCollectionView::scrollToItem(const IndexPath& indexPath, ScrollPos
             completion();
         }
         if (self) {
+            self->m_autoScrolling = false;
             self->setUserInteractionEnabled(true);
         }
     };
-    scrollToItem(indexPath, position, true);
+    CollectionView::scrollToItem(indexPath, position, true);
+}
+
+void LumoraRowCollectionView::scrollToItem(const IndexPath& indexPath, ScrollPosition position,
+                                           bool animated) {
+    cancelAutoScroll();
+    CollectionView::scrollToItem(indexPath, position, animated);
+}
+
+void LumoraRowCollectionView::cancelAutoScroll() {
+    // A programmatic scroll cut short never reports its end.
+    if (!std::exchange(m_autoScrolling, false)) {
+        return;
+    }
+    if (auto* source = dynamic_cast<LumoraRowViewDataSource*>(dataSource())) {
+        source->isAutoScrolling = false;
+        source->onAutoScrollComplete = [] {};
+    }
+    setUserInteractionEnabled(true);
 }
 
 }  // namespace LumoraSDK

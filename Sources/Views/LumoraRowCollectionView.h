@@ -17,12 +17,19 @@ class LUMORASDK_EXPORT LumoraRowCollectionView : public LumoraSDK::CollectionVie
 public:
     explicit LumoraRowCollectionView(QQuickItem* parent = nullptr);
 
-    using CollectionView::scrollToItem;
     /// Scrolls with touches and clicks turned off and runs `completion` once, when the scroll
     /// has ended; then lets the user touch the strip again. Without animation, or for an item
     /// the strip does not have, nothing moves over time and the completion runs at once.
+    /// Another scroll started before the end cuts it short: its completion is dropped and
+    /// touches come back.
     void scrollToItem(const IndexPath& indexPath, ScrollPosition position, bool animated,
                       std::function<void()> completion);
+    void scrollToItem(const IndexPath& indexPath, ScrollPosition position, bool animated);
+
+private:
+    void cancelAutoScroll();
+
+    bool m_autoScrolling = false;
 };
 
 }  // namespace LumoraSDK

@@ -64,7 +64,9 @@ void LumoraRowViewDataSource::configureCell(CollectionView& view,
             row->cellCenters()[index] = center;
         }
     };
-    cell->onCellClicked = [this, view = QPointer<CollectionView>(&view)] {
+    // Holds the strip only: a change of style or cell type replaces this data source while
+    // the cell lives on.
+    cell->onCellClicked = [view = QPointer<CollectionView>(&view)] {
         if (view) {
             updateVisibleCellCenterPositions(*view);
         }

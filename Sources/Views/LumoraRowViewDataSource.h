@@ -59,7 +59,7 @@ public:
 
     /// Records the window-coordinate centre of every visible real cell in the row's cellCenters,
     /// within the list's current length (the list never grows here).
-    void updateVisibleCellCenterPositions(CollectionView& collectionView);
+    static void updateVisibleCellCenterPositions(CollectionView& collectionView);
 
     // CollectionViewDataSource
     int numberOfItems(CollectionView& view, int section) override;

@@ -496,6 +496,7 @@ private Q_SLOTS:
         QTest::newRow("port out of range") << QStringList{"--port", "70000"};
         QTest::newRow("fault without JSON") << QStringList{"--fault", "/api/auth"};
         QTest::newRow("unknown option") << QStringList{"--verbose"};
+        QTest::newRow("parent not a process id") << QStringList{"--parent-pid", "me"};
     }
 
     void refusesBadCommandLines() {
@@ -506,6 +507,28 @@ private Q_SLOTS:
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(process.exitCode(), 2);
         QVERIFY(process.readAllStandardOutput().isEmpty());
+    }
+
+    void stopsWhenItsParentDies() {
+        // A shell starts the server as its own child and is then killed outright, as a test
+        // process that aborts would be.
+        QProcess shell;
+        shell.start("sh", {"-c", QStringLiteral("'%1' --port 0 --parent-pid $$ >/dev/null 2>&1 & "
+                                                "echo $!; read wait")
+                                     .arg(LUMORA_DEVSERVER_PATH)});
+        QVERIFY(shell.waitForReadyRead(kTimeoutMs));
+        const QString pid = QString::fromLatin1(shell.readLine()).trimmed();
+        QVERIFY(pid.toInt() > 1);
+        QFile stat("/proc/" + pid + "/stat");
+        const auto alive = [&] {
+            // A server that ended may linger as a zombie of whoever adopted it.
+            stat.close();
+            return stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z ");
+        };
+        QVERIFY(alive());
+        shell.kill();
+        QVERIFY(shell.waitForFinished(kTimeoutMs));
+        QTRY_VERIFY_WITH_TIMEOUT(!alive(), kTimeoutMs);
     }
 
     void demoContentIsComplete() {

@@ -4,6 +4,8 @@
 #include <QTest>
 #include <QUrl>
 
+#include "DevServer.h"
+#include "LiveObjects.h"
 #include "Platform/VideoPlayerItem.h"
 #include "Services/VideoPrefetchService.h"
 #include "TestSupport.h"
@@ -114,12 +116,41 @@ private slots:
         QVERIFY(VideoPrefetchService::cachedVideoUrls().isEmpty());
     }
 
+    void onePlayerPerAddressWithinTheLimit() {
+        // Slow addresses: everything asked for is still being prepared while this test looks.
+        LumoraTest::DevServer server;
+        server.setFault("/media/*", {{"delayMs", 3000}});
+        QStringList slow;
+        for (int i = 0; i < 25; ++i) {
+            slow << server.baseUrl() + "/media/music/page-1.mp4?copy=" + QString::number(i);
+        }
+        const auto players = [](const QString& url = {}) {
+            int count = 0;
+            for (VideoPlayerItem* item : LumoraTest::LiveObjects::of<VideoPlayerItem>()) {
+                count += url.isEmpty() || item->address() == url;
+            }
+            return count;
+        };
+        VideoPrefetchService::prefetchVideoItems(slow);
+        QCOMPARE(players(), VideoPrefetchService::cacheLimit());
+        // A new list stops what it does not ask for again, and keeps what it does.
+        VideoPrefetchService::prefetchVideoItems({slow[24], m_urls[0]});
+        QCOMPARE(players(), 2);
+        std::shared_ptr<VideoPlayerItem> playing;
+        VideoPrefetchService::getCachedVideoItem(m_urls[0], false,
+                                                 [&](auto item) { playing = std::move(item); });
+        QTRY_VERIFY_WITH_TIMEOUT(playing, 20000);
+        VideoPrefetchService::prefetchVideoItems({m_urls[0], m_urls[1]});
+        QCOMPARE(players(m_urls[0]), 1);
+    }
+
 private:
     QTemporaryDir m_dir;
     QStringList m_urls;
 };
 
 int main(int argc, char** argv) {
+    LumoraTest::LiveObjects::install();
     QGuiApplication app(argc, argv);
     VideoPrefetchTest test;
     return QTest::qExec(&test, argc, argv);

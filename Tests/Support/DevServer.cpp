@@ -1,5 +1,6 @@
 #include "DevServer.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
@@ -42,8 +43,11 @@ struct DevServer::Private {
         if (!directory.isValid()) {
             qFatal("DevServer: cannot create a temporary directory");
         }
-        QStringList arguments{QStringLiteral("--port"), QStringLiteral("0"),
-                              QStringLiteral("--api-key"), options.apiKey};
+        // The server goes when this process does, also when a test aborts it.
+        QStringList arguments{
+            QStringLiteral("--port"),       QStringLiteral("0"),
+            QStringLiteral("--api-key"),    options.apiKey,
+            QStringLiteral("--parent-pid"), QString::number(QCoreApplication::applicationPid())};
         if (options.tls) {
             caPath = directory.filePath(QStringLiteral("ca.pem"));
             arguments << QStringLiteral("--tls") << QStringLiteral("--ca-out") << caPath;
@@ -137,8 +141,8 @@ QString DevServer::caCertificatePath() const {
     return d->caPath;
 }
 
-QJsonArray DevServer::events() const {
-    return d->getArray(QStringLiteral("/dev/events"));
+QJsonArray DevServer::events(qint64 after) const {
+    return d->getArray(QStringLiteral("/dev/events?after=%1").arg(after));
 }
 
 QJsonArray DevServer::requests(const QString& prefix) const {

@@ -30,8 +30,9 @@ public:
     /// PEM file of the CA that signed the TLS certificate (with Options::tls).
     QString caCertificatePath() const;
 
-    /// GET /dev/events: the recorded viewing-history and activity requests, oldest first.
-    QJsonArray events() const;
+    /// GET /dev/events: the recorded viewing-history and activity requests, oldest first; with
+    /// `after`, only those whose "seq" is greater.
+    QJsonArray events(qint64 after = -1) const;
     /// GET /dev/requests: every API request received (method, path, headers, body), oldest first;
     /// with a prefix such as "/media/", the requests under it instead.
     QJsonArray requests(const QString& prefix = QString()) const;

@@ -54,6 +54,9 @@ void Layer::setBackgroundColor(const QColor& color) {
 }
 
 void Layer::insertInto(QQuickItem* view, int index) {
+    // The view owns its layers: a parent item alone does not delete its children, so a layer
+    // would outlive the view it decorates.
+    setParent(view);
     setParentItem(view);
     // Counted among the other children, so that a layer already in the view moves to `index`
     // rather than to a place shifted by its own old position.

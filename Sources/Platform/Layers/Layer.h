@@ -35,7 +35,7 @@ public:
     void setBackgroundColor(const QColor& color);
 
     /// Places the layer into `view`'s children at `index` of the stacking order (0 = bottom-most,
-    /// past the end = top-most).
+    /// past the end = top-most). The view owns the layer from then on.
     void insertInto(QQuickItem* view, int index);
 
 protected:

@@ -23,6 +23,18 @@ void presentWithoutPlayer(int index, const QPointer<LumoraRowView>&, std::functi
                  LogLevel::debug);
 }
 
+/// The circle through which a ring of `lineWidth` shows: the view's outline moved inwards by
+/// half the line, so that the whole stroke lies inside the view, which clips its children.
+void fitRing(GradientLayer* ring, const QQuickItem* view, qreal lineWidth) {
+    const QRectF bounds(0, 0, view->width(), view->height());
+    ring->setPosition(QPointF(0, 0));
+    ring->setSize(bounds.size());
+    const qreal inset = lineWidth / 2;
+    ring->setMask(
+        roundedRectPath(bounds.adjusted(inset, inset, -inset, -inset), AllCorners, view->width()),
+        lineWidth, std::nullopt);
+}
+
 }  // namespace
 
 LumoraRowViewCell::ChannelPresenter LumoraRowViewCell::channelPresenter = presentWithoutPlayer;
@@ -128,6 +140,17 @@ void LumoraRowViewCell::adjustScale(qreal multiplier) {
     if (m_labelTextSize && m_label) {
         setFontSize(m_label, *m_labelTextSize * multiplier);
     }
+    // Rings drawn before the row's scale was known take their scaled widths now.
+    if (m_borderTargetView) {
+        if (m_inactiveGradientBorderLayer) {
+            fitRing(m_inactiveGradientBorderLayer, m_borderTargetView,
+                    ringWidth(m_borderTargetView, false));
+        }
+        if (m_activeGradientBorderLayer) {
+            fitRing(m_activeGradientBorderLayer, m_borderTargetView,
+                    ringWidth(m_borderTargetView, true));
+        }
+    }
 }
 
 void LumoraRowViewCell::captureLabelTextSize() {
@@ -200,31 +223,20 @@ void LumoraRowViewCell::setupBorders(FrameButtonView* view) {
     }
     if (!m_inactiveGradientBorderLayer) {
         m_inactiveGradientBorderLayer =
-            makeRing(view, view->borderWidth() * m_scale * kInactiveRingWidthFactor,
-                     {colorInactive, colorInactive}, 0, !m_isActive);
+            makeRing(view, ringWidth(view, false), {colorInactive, colorInactive}, 0, !m_isActive);
     }
     if (m_primaryColorActive && m_secondaryColorActive && m_isActive &&
         !m_activeGradientBorderLayer) {
-        m_activeGradientBorderLayer = makeRing(view, view->borderWidth() * m_scale,
+        m_activeGradientBorderLayer = makeRing(view, ringWidth(view, true),
                                                {colorFromHexString(*m_primaryColorActive, 1.0),
                                                 colorFromHexString(*m_secondaryColorActive, 1.0)},
                                                1, m_isActive);
     }
 }
 
-namespace {
-/// The circle through which a ring of `lineWidth` shows: the view's outline moved inwards by
-/// half the line, so that the whole stroke lies inside the view, which clips its children.
-void fitRing(GradientLayer* ring, const QQuickItem* view, qreal lineWidth) {
-    const QRectF bounds(0, 0, view->width(), view->height());
-    ring->setPosition(QPointF(0, 0));
-    ring->setSize(bounds.size());
-    const qreal inset = lineWidth / 2;
-    ring->setMask(
-        roundedRectPath(bounds.adjusted(inset, inset, -inset, -inset), AllCorners, view->width()),
-        lineWidth, std::nullopt);
+qreal LumoraRowViewCell::ringWidth(const FrameButtonView* view, bool active) const {
+    return view->borderWidth() * m_scale * (active ? 1.0 : kInactiveRingWidthFactor);
 }
-}  // namespace
 
 GradientLayer* LumoraRowViewCell::makeRing(FrameButtonView* view, qreal width,
                                            const QList<QColor>& colors, int stackIndex,

@@ -156,6 +156,8 @@ protected:
     /// A gradient ring around `view`, its stroke kept inside the view so none of it is cut off.
     GradientLayer* makeRing(FrameButtonView* view, qreal width, const QList<QColor>& colors,
                             int stackIndex, bool visible);
+    /// The line width of the unread (active) or read ring around `view` at the row's scale.
+    qreal ringWidth(const FrameButtonView* view, bool active) const;
 
     QPointer<GradientLayer> m_placeholderBorderLayer;
 
