@@ -11,14 +11,6 @@ void append(std::deque<QJsonObject>& list, QJsonObject entry) {
     }
 }
 
-QJsonArray toArray(const std::deque<QJsonObject>& list) {
-    QJsonArray array;
-    for (const auto& entry : list) {
-        array.append(entry);
-    }
-    return array;
-}
-
 }  // namespace
 
 int64_t EventJournal::beginRequest(const QJsonObject& request) {

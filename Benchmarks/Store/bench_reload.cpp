@@ -189,19 +189,16 @@ int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
-    QTemporaryDir directory;
-    UserDefaults::setStandardLocation(directory.filePath(QStringLiteral("defaults.json")));
     MeteredApplication app(argc, argv);
     app.watchDispatcher();
     LumoraTest::DevServer::Options options;
     options.extraArguments = {QStringLiteral("--channels"), QString::number(kChannels)};
-    LumoraTest::DevServer server(options);
+    LumoraTest::SdkOnDevServer sdk("2", options);  // errors only: logging is not what is measured
+    LumoraTest::DevServer& server = sdk.server();
     if (!server.isRunning()) {
         std::fprintf(stderr, "lumora-devserver did not start\n");
         return 1;
     }
-    LumoraTest::pointSdkAt(server.baseUrl(), directory);
-    Lumora::sharedInstance().initialize(server.apiKey(), [] {});
     bool registered = false;
     Lumora::sharedInstance().setUserDetails(
         UserInput{QStringLiteral("bench-viewer")}, [&] { registered = true; },

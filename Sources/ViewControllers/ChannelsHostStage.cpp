@@ -69,9 +69,10 @@ std::optional<Page> shownPage(const ChannelViewController& player) {
                            .channelInitialPageMapping()
                            .value(channel.id.value_or(QString()), 0)
                            .toInt();
-    const int index =
-        channel.status == Status::Read ? 0 : std::max(stored, channel.initialPage.value_or(0));
-    return channel.pages.at(std::clamp(index, 0, int(channel.pages.size()) - 1));
+    const qint64 index = channel.status == Status::Read
+                             ? 0
+                             : std::max<qint64>(stored, channel.initialPage.value_or(0));
+    return channel.pages.at(int(std::clamp<qint64>(index, 0, channel.pages.size() - 1)));
 }
 
 /// The still a page shows: its picture, or a video's play card.

@@ -24,7 +24,9 @@ namespace LumoraTest {
 /// the test carries the server's address as its ApiBaseUrl.
 class SdkOnDevServer {
 public:
-    explicit SdkOnDevServer(const QByteArray& logLevel = "1") {
+    explicit SdkOnDevServer(const QByteArray& logLevel = "1",
+                            const DevServer::Options& options = {})
+        : m_server(options) {
         using namespace LumoraSDK;
         qputenv("LUMORA_SDK_LOG_LEVEL", logLevel);  // before the logger's first use
         UserDefaults::setStandardLocation(m_dir.filePath("defaults.json"));
