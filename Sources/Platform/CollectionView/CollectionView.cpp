@@ -313,6 +313,12 @@ CollectionViewSlot* CollectionView::liveSlot(int row) const {
     return nullptr;
 }
 
+bool CollectionView::isOnScreen(const CollectionViewSlot* slot) const {
+    // Hiding the whole view (a player hides its pages while a video stalls) keeps its cells
+    // visible to the code: only a slot hidden on its own is off screen.
+    return (slot->isVisible() || !isVisible()) && intersectsViewport(slot);
+}
+
 bool CollectionView::intersectsViewport(const CollectionViewSlot* slot) const {
     const QRectF viewport(m_scroller->listPosition(), size());
     return viewport.intersects(QRectF(slot->position(), slot->size()));
@@ -321,7 +327,7 @@ bool CollectionView::intersectsViewport(const CollectionViewSlot* slot) const {
 QList<CollectionViewCell*> CollectionView::visibleCells() const {
     QList<const CollectionViewSlot*> visible;
     for (const CollectionViewSlot* slot : m_slots) {
-        if (isLive(slot) && slot->isVisible() && intersectsViewport(slot)) {
+        if (isLive(slot) && isOnScreen(slot)) {
             visible.append(slot);
         }
     }
@@ -340,7 +346,7 @@ CollectionViewCell* CollectionView::cellForItem(const IndexPath& indexPath) cons
         return nullptr;
     }
     const CollectionViewSlot* slot = liveSlot(indexPath.item);
-    return slot && slot->isVisible() && intersectsViewport(slot) ? slot->cell() : nullptr;
+    return slot && isOnScreen(slot) ? slot->cell() : nullptr;
 }
 
 void CollectionView::layoutIfNeeded() {

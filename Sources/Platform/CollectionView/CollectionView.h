@@ -178,6 +178,7 @@ private:
     CollectionViewSlot* liveSlot(int row) const;
     bool isLive(const CollectionViewSlot* slot) const;
     bool intersectsViewport(const CollectionViewSlot* slot) const;
+    bool isOnScreen(const CollectionViewSlot* slot) const;
     CollectionViewCell* dequeueCell(const QString& reuseIdentifier, QQuickItem* parent);
     void recycleCell(CollectionViewCell* cell);
 
