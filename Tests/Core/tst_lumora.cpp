@@ -2,7 +2,6 @@
 #include <QFile>
 #include <QFontDatabase>
 #include <QGuiApplication>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -86,32 +85,26 @@ private slots:
         QTest::addColumn<QJsonValue>("value");
         QTest::addColumn<QString>("configured");
         QTest::addColumn<QString>("environment");
-        QTest::addColumn<bool>("foundLine");
         QTest::addColumn<QString>("baseUrl");
         const auto row = [](const char* name, const QJsonValue& value, const char* configured,
-                            const char* environment, bool foundLine, const char* baseUrl) {
-            QTest::newRow(name) << value << QString(configured) << QString(environment) << foundLine
+                            const char* environment, const char* baseUrl) {
+            QTest::newRow(name) << value << QString(configured) << QString(environment)
                                 << QString(baseUrl);
         };
         const char* api = "https://api.example.test/";
-        row("Dev", "Dev", api, "Dev", true, "https://dev.api.example.test/");
-        row("Staging", "Staging", api, "Staging", true, "https://staging.api.example.test/");
-        row("Production", "Production", api, "Production", true, api);
-        row("lower-case staging", "staging", api, "Production", false, api);
-        row("not a string", 1, api, "Production", false, api);
-        row("absent", QJsonValue::Undefined, api, "Production", false, api);
-        row("path and query kept", "Dev", "https://api.example.test/v2?x=1", "Dev", true,
+        row("Staging", "Staging", api, "Staging", "https://staging.api.example.test/");
+        row("Production", "Production", api, "Production", api);
+        row("lower-case staging", "staging", api, "Production", api);
+        row("absent", QJsonValue::Undefined, api, "Production", api);
+        row("path and query kept", "Dev", "https://api.example.test/v2?x=1", "Dev",
             "https://dev.api.example.test/v2?x=1");
-        row("port kept", "Production", "http://127.0.0.1:8787", "Production", true,
-            "http://127.0.0.1:8787");
-        row("malformed address", "Production", "http://exa mple.test", "Production", true, "");
+        row("malformed address", "Production", "http://exa mple.test", "Production", "");
     }
 
     void environmentAndBaseUrl() {
         QFETCH(QJsonValue, value);
         QFETCH(QString, configured);
         QFETCH(QString, environment);
-        QFETCH(bool, foundLine);
         QJsonObject info;
         if (!value.isUndefined()) {
             info.insert("LumoraEnvironment", value);
@@ -120,16 +113,8 @@ private slots:
         writeJson(m_main + QStringLiteral("/Frameworks/LumoraSDK.framework/LumoraSDK.bundle/"
                                           "Info-iOS.json"),
                   {{"ApiBaseUrl", configured}});
-        qputenv("LUMORA_SDK_LOG_LEVEL", "1");
-        LumoraTest::LogCapture log;
         Lumora::sharedInstance().initialize("key", [] {});
         QCOMPARE(rawValue(Lumora::currentEnvironment().value()), environment);
-        QCOMPARE(store().string(DatabaseService::Key::environment),
-                 std::optional<QString>(environment));
-        QCOMPARE(log.contains(
-                     QStringLiteral("LumoraSDK.Lumora - found environment in plist, setting to ") +
-                     environment),
-                 foundLine);
         const auto url = Lumora::sharedInstance().baseApiUrl();
         QTEST(url ? url->toString() : QString(), "baseUrl");
         QDir(m_main + "/Frameworks").removeRecursively();
@@ -139,7 +124,6 @@ private slots:
     void packagedPropertiesAndFonts() {
         Lumora::sharedInstance().initialize("key", [] {});
         QCOMPARE(Lumora::sharedInstance().baseApiUrl()->toString(), "http://127.0.0.1:8787");
-        QCOMPARE(Lumora::sharedInstance().bundleName(), std::optional<QString>("LumoraSDK"));
         QCOMPARE(Lumora::version(), std::optional<QString>(QStringLiteral(LUMORA_PROJECT_VERSION)));
         QVERIFY(Lumora::resourceBundle().has_value());
         QVERIFY(QFontDatabase::families().contains("Inter"));
@@ -209,24 +193,6 @@ private slots:
         QCOMPARE(seen.value("read").toObject().value("c1").toBool(), true);
     }
 
-    void storeOfASessionIsOwnerOnly() {
-        // The store and the directory it creates, as a whole session in its own process leaves
-        // them: the token and user id inside are nobody else's to read.
-        const QString directory = m_dir.filePath(QStringLiteral("private/app"));
-        const QString storePath = directory + QStringLiteral("/defaults.json");
-        const auto writer =
-            LumoraTest::runSelf({}, {QStringLiteral("LUMORA_TEST_STORE=") + storePath,
-                                     QStringLiteral("LUMORA_TEST_MAIN=") + m_main,
-                                     QStringLiteral("LUMORA_TEST_MODE=write")});
-        QCOMPARE(writer.exitCode, 0);
-        const auto mode = [](const QString& path) {
-            return QFile::permissions(path) & QFileDevice::Permissions(0x0777);
-        };
-        QCOMPARE(mode(storePath), QFileDevice::ReadUser | QFileDevice::WriteUser);
-        QCOMPARE(mode(directory),
-                 QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser);
-    }
-
     void missingPackagedResourcesStopTheProcess_data() {
         QTest::addColumn<QString>("layout");
         QTest::addColumn<QString>("message");
@@ -252,34 +218,6 @@ private slots:
         QVERIFY2(child.standardError.contains(message), qPrintable(child.standardError));
     }
 
-    void standardPortraitScreen_data() {
-        QTest::addColumn<QString>("geometry");
-        QTest::addColumn<bool>("standard");
-        QTest::newRow("1080 x 1920") << "1080x1920" << true;
-        QTest::newRow("1125 x 2436") << "1125x2436" << false;
-    }
-
-    void standardPortraitScreen() {
-        QFETCH(QString, geometry);
-        QFETCH(bool, standard);
-        // The offscreen platform takes its screen size from a configuration file.
-        const QStringList size = geometry.split(QLatin1Char('x'));
-        const QString config = m_dir.filePath(geometry + QStringLiteral(".json"));
-        writeJson(config, {{"screens", QJsonArray{QJsonObject{{"name", "s"},
-                                                              {"x", 0},
-                                                              {"y", 0},
-                                                              {"width", size[0].toInt()},
-                                                              {"height", size[1].toInt()},
-                                                              {"logicalDpi", 96},
-                                                              {"logicalBaseDpi", 96},
-                                                              {"dpr", 1}}}}});
-        const auto child = LumoraTest::runSelf(
-            {}, {"LUMORA_TEST_MODE=screen",
-                 QStringLiteral("QT_QPA_PLATFORM=offscreen:configfile=") + config});
-        QCOMPARE(child.standardOutput.trimmed(),
-                 standard ? QStringLiteral("standard") : QStringLiteral("other"));
-    }
-
 private:
     QTemporaryDir m_dir;
     QString m_main;
@@ -288,10 +226,6 @@ private:
 int main(int argc, char** argv) {
     QGuiApplication app(argc, argv);
     const QString mode = qEnvironmentVariable("LUMORA_TEST_MODE");
-    if (mode == QLatin1String("screen")) {
-        fputs(Lumora::isScreenStandardPortrait() ? "standard\n" : "other\n", stdout);
-        return 0;
-    }
     if (!mode.isEmpty()) {
         return runChild(mode);
     }

