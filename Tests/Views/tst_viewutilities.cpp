@@ -1,16 +1,11 @@
-#include <QFont>
-#include <QQmlComponent>
-#include <QQmlEngine>
+#include <QQuickItem>
 #include <QTest>
-#include <memory>
 
 #include "Extensions/ViewExtensions.h"
 #include "Platform/Layers/GradientLayer.h"
 #include "Platform/Layers/ShapeLayer.h"
-#include "Scene.h"
 
 using namespace LumoraSDK;
-using namespace LumoraTest;
 
 class ViewUtilitiesTest : public QObject {
     Q_OBJECT
