@@ -118,20 +118,13 @@ private slots:
         row("rotation: three moves, not one", "strings", "A B C", "C A B",
             {"move(C,2->0)", "move(A,0->1)", "move(B,1->2)"});
         row("delete before: no move", "strings", "A B", "B", {"delete(A,0)"});
-        row("insert before: no move", "strings", "A", "X A", {"insert(X,0)"});
-        row("swap", "strings", "A B", "B A", {"move(B,1->0)", "move(A,0->1)"});
         row("duplicates: first pairs with first, surplus old deleted", "strings", "A A", "A",
             {"delete(A,1)"});
-        row("duplicates: surplus new inserted", "strings", "A", "A A", {"insert(A,1)"});
-        row("delete in the middle: the rest keep their place", "strings", "A B C D", "A C D",
-            {"delete(B,1)"});
         row("first to last: every shifted element moves", "strings", "A B C D E", "B C D E A",
             {"move(B,1->0)", "move(C,2->1)", "move(D,3->2)", "move(E,4->3)", "move(A,0->4)"});
         row("deletes first, then inserts and moves by new index", "strings", "A B C", "D C B",
             {"delete(A,0)", "insert(D,0)", "move(C,2->1)", "move(B,1->2)"});
         row("content only", "versioned", "A1 B1", "A2 B1", {"replace(A1->A2,0)"});
-        row("replace and move: replace first", "versioned", "A1 B1", "B2 A1",
-            {"replace(B1->B2,0)", "move(B2,1->0)", "move(A1,0->1)"});
         row("duplicated keys pair in order, whatever their content", "versioned", "A1 A2", "A2 A1",
             {"replace(A1->A2,0)", "replace(A2->A1,1)"});
         row("every kind", "versioned", "A1 B1 C1", "C1 X1 A2",
@@ -176,14 +169,6 @@ private slots:
         };
         row("empty change list: one batch that only switches the data", "A1 B1", "A1 B1", 0,
             "begin, updateData, end, completion(true)");
-        row("deletes only: one deleteItems call", "A1 B1 C1", "B1", 0,
-            "begin, updateData, delete(0.0 2.0), end, completion(true)");
-        row("insert at 3", "A1 B1 C1", "A1 B1 C1 D1", 0,
-            "begin, updateData, insert(3.0), end, completion(true)");
-        row("replace and move: moved in the batch, reloaded after at its new index", "A1 B1",
-            "B2 A1", 0,
-            "begin, updateData, move(1.0->0.0), move(0.0->1.0), end, reload(0.0), "
-            "completion(true)");
         row("every kind, in section 1", "A1 B1 C1", "C1 X1 A2", 1,
             "begin, updateData, delete(1.1), insert(1.1), move(2.1->0.1), move(0.1->2.1), end, "
             "reload(2.1), completion(true)");

@@ -145,7 +145,6 @@ private slots:
                                 << hostTaps;
         };
         row("nothing presented", 0, "", "root", Qt::red, 1);
-        row("root → A", 1, "", "A", Qt::green, 0);
         row("root → A → B", 2, "", "B", Qt::blue, 0);
         row("B dismissed", 2, "B", "A", Qt::green, 0);
         row("A dismisses what it presents", 2, "A", "A", Qt::green, 0);
@@ -180,18 +179,6 @@ private slots:
         QCOMPARE(shot.pixelColor(150, 200), seen);
         QTest::mouseClick(m_window.get(), Qt::LeftButton, {}, QPoint(150, 200));
         QTEST(m_host->taps, "hostTaps");
-    }
-
-    // The screen's helpers act on its view's children; which ones they spare is checked in
-    // tst_viewutilities.
-    void subviewHelpersActOnTheView() {
-        std::unique_ptr<TestScreenViewController> screen(screenNamed("A"));
-        QQuickItem* child = screen->view()->childItems().value(0);
-        QVERIFY(child);
-        screen->toggleAllSubviews(true);
-        QVERIFY(!child->isVisible());
-        screen->removeAllSubViews();
-        QVERIFY(screen->view()->childItems().isEmpty());
     }
 
     // A screen whose scene is missing, does not load or lacks an outlet stops the process,

@@ -1,15 +1,11 @@
-#include <QQuickWindow>
 #include <QTest>
 #include <cmath>
 #include <functional>
 #include <limits>
 #include <memory>
 
-#include "Platform/CollectionView/CollectionView.h"
 #include "Platform/Scheduler.h"
-#include "TestSupport.h"
 #include "Views/ChannelProgressCollectionDataSource.h"
-#include "Views/ChannelProgressCollectionViewCell.h"
 
 using namespace LumoraSDK;
 
@@ -33,11 +29,7 @@ struct RunLog {
 bool sameFraction(double actual, double expected) {
     return std::isinf(expected) ? actual == expected : qFuzzyCompare(actual, expected);
 }
-
-using BarAction = std::function<void(ChannelProgressCollectionDataSource&, CollectionView&)>;
 }  // namespace
-
-Q_DECLARE_METATYPE(BarAction)
 
 class ProgressTest : public QObject {
     Q_OBJECT
@@ -119,84 +111,7 @@ private slots:
         QCOMPARE(m_clock.pendingCount(), 0);
     }
 
-    // What the bar shows, sampled from the rendered window: a full segment is white, an empty
-    // one shows the 0.3 white track, a recycled one a doubled (brighter) track.
-    void renderedFill_data() {
-        QTest::addColumn<BarAction>("action");
-        QTest::addColumn<QList<double>>("fills");
-        QTest::addColumn<QList<int>>("tracks");
-        QTest::newRow("complete until 2 of 4")
-            << BarAction([](auto& bar, auto& view) { bar.completeProgress(view, 2); })
-            << QList<double>{1, 1, 0, 0} << QList<int>{1, 1, 1, 1};
-        QTest::newRow("half of segment 1") << BarAction([](auto& bar, auto& view) {
-            bar.completeProgress(view, 1);
-            bar.updateProgress(view, 1, 0.5);
-        }) << QList<double>{1, 0.5, 0, 0} << QList<int>{1, 1, 1, 1};
-        QTest::newRow("recycled segment 2") << BarAction([](auto& bar, auto& view) {
-            bar.completeProgress(view, 2);
-            view.reloadItems({IndexPath{2, 0}});
-        }) << QList<double>{1, 1, 0, 0} << QList<int>{1, 1, 2, 1};
-        QTest::newRow("infinite fill runs to the end") << BarAction([](auto& bar, auto& view) {
-            bar.completeProgress(view, 3);
-            bar.updateProgress(view, 3, kInf);
-        }) << QList<double>{1, 1, 1, kInf} << QList<int>{1, 1, 1, 1};
-    }
-    void renderedFill() {
-        QFETCH(BarAction, action);
-        QFETCH(QList<double>, fills);
-        QFETCH(QList<int>, tracks);
-        Bar bar;
-        // Segments share the bar: (375 ÷ 4) − 4 points wide, 4 points apart.
-        const QList<CollectionViewCell*> cells = bar.view.visibleCells();
-        QCOMPARE(cells.size(), 4);
-        for (int i = 0; i < 4; ++i) {
-            QCOMPARE(qobject_cast<ChannelProgressCollectionViewCell*>(cells[i])->progressIndex, i);
-            QCOMPARE(cells[i]->mapRectToItem(&bar.view, cells[i]->boundingRect()),
-                     QRectF(i * 93.75, 0, 89.75, 20));
-        }
-        action(bar.dataSource, bar.view);
-        const QImage shot = bar.window.grabWindow();
-        LumoraTest::saveArtifact(shot, QStringLiteral("progress-") + QTest::currentDataTag());
-        // Sample the middle of each segment's filled and empty parts, and the end of the bar.
-        QList<QPair<qreal, int>> samples;  // x, expected grey
-        for (int i = 0; i < 4; ++i) {
-            const qreal x0 = i * 93.75;
-            const qreal filled = std::min(fills[i], 1.0);
-            if (filled > 0) {
-                samples.append({x0 + 89.75 * filled / 2, 255});
-            }
-            if (filled < 1) {  // the track: 0.3 of white, or 0.3 over 0.3
-                samples.append({x0 + 89.75 * (filled + 1) / 2, tracks[i] == 1 ? 77 : 130});
-            }
-        }
-        samples.append({373, std::isinf(fills.last()) ? 255 : 0});
-        for (const auto& [x, expected] : samples) {
-            const int seen = qRed(shot.pixel(int(x), 10));
-            QVERIFY2(std::abs(seen - expected) <= 8,
-                     qPrintable(QStringLiteral("x %1: %2, not %3").arg(x).arg(seen).arg(expected)));
-        }
-    }
-
 private:
-    /// A progress bar of 4 segments, 375 by 20 points, in an offscreen window with a black
-    /// background.
-    struct Bar {
-        Bar() : dataSource(4) {
-            window.setColor(Qt::black);
-            window.resize(375, 20);
-            view.setParentItem(window.contentItem());
-            view.setSize(QSizeF(375, 20));
-            ChannelProgressCollectionViewCell::registerIn(view);
-            view.setDataSource(&dataSource);
-            window.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&window));
-            view.layoutIfNeeded();
-        }
-        QQuickWindow window;
-        ChannelProgressCollectionDataSource dataSource;
-        CollectionView view;
-    };
-
     ManualScheduler m_clock;
 };
 
