@@ -6,7 +6,6 @@
 
 #include "../PlayerHost/PlayerTestSupport.h"
 #include "ViewControllers/InstructionsViewController.h"
-#include "Views/LumoraRowViewCell/LumoraRowViewCellRound.h"
 
 using namespace LumoraSDK;
 using namespace PlayerTest;
@@ -31,18 +30,13 @@ class AccessibilityTest : public HostTestCase {
 
 private slots:
     // Each cell is a button named after its channel and telling its read state; Tab goes from
-    // cell to cell in the row's order, Shift+Tab back, and Return opens the focused one. A row
-    // declared with a shape and style it does not know shows round cells in the automatic style.
+    // cell to cell in the row's order, Shift+Tab back, and Return opens the focused one.
     void rowCells() {
         const QJsonArray channels = m_env->numberedChannels(4);
-        auto scene = m_env->loadedScene(channels, "cellType: \"Hexagon\"; uiStyle: \"Blue\"",
-                                        QSize(400, 120));
+        auto scene = m_env->loadedScene(channels, {}, QSize(400, 120));
         QVERIFY(scene);
-        QCOMPARE(scene->row->cellType(), QStringLiteral("round"));
-        QCOMPARE(scene->row->uiStyle(), QStringLiteral("auto"));
         QStringList cells;
         for (LumoraRowViewCell* cell : scene->visibleCells()) {
-            QVERIFY(qobject_cast<LumoraRowViewCellRound*>(cell));
             cells << spoken(cell);
         }
         const QStringList expected{"Button Channel 0 / Unread", "Button Channel 1 / Unread",
@@ -81,14 +75,11 @@ private slots:
         DatabaseService::sharedInstance().userDefaults().setValue(
             DatabaseService::Key::hasShownInstructions, false);
         InstructionsViewController::installAsInstructionsPresenter();
-        QJsonObject channel = imageChannelJson(*m_env, QStringLiteral("a11y"), "unread", 3);
-        QJsonArray pages = channel.value(QStringLiteral("pages")).toArray();
-        QJsonObject second = pages.at(1).toObject();
-        second.insert(QStringLiteral("swipeUpUrl"), QStringLiteral("http://127.0.0.1:9/page"));
-        second.insert(QStringLiteral("swipeUpText"), QStringLiteral("Read the story"));
-        pages.replace(1, second);
-        channel.insert(QStringLiteral("pages"), pages);
-        QVERIFY(m_h->openFromRow(QJsonArray{channel}, 0));
+        QVERIFY(m_h->openFromRow(
+            QJsonArray{withPage(
+                imageChannelJson(*m_env, QStringLiteral("a11y"), "unread", 3), 1,
+                {{"swipeUpUrl", "http://127.0.0.1:9/page"}, {"swipeUpText", "Read the story"}})},
+            0));
         QQuickWindow& window = m_h->scene()->window;
         m_h->advance(0.5);
         auto* overlay = qobject_cast<InstructionsViewController*>(

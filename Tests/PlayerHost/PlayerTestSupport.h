@@ -40,6 +40,18 @@ inline QJsonObject imageChannelJson(RowTest::Fixture& fixture, const QString& id
     return channel;
 }
 
+/// `channel` with `fields` set on its page `index`.
+inline QJsonObject withPage(QJsonObject channel, int index, const QJsonObject& fields) {
+    QJsonArray pages = channel.value("pages").toArray();
+    QJsonObject page = pages.at(index).toObject();
+    for (auto field = fields.begin(); field != fields.end(); ++field) {
+        page.insert(field.key(), field.value());
+    }
+    pages.replace(index, page);
+    channel.insert("pages", pages);
+    return channel;
+}
+
 /// The server's recorded events as "<activity or history> <channel> <page>" lines.
 inline QStringList eventLines(RowTest::Fixture& fixture) {
     QStringList lines;
@@ -67,6 +79,8 @@ public:
 
     /// The window the player opens in; phone-sized unless a test asks for another.
     QSize windowSize{360, 640};
+    /// Server events accounted for by openRunning.
+    int eventsSeen = 0;
 
     RowTest::Scene* scene() { return m_scene.get(); }
     ChannelsHostViewController* host() const { return m_host; }
@@ -108,11 +122,6 @@ public:
                      int(m_scene->visibleCells().size()));
             return false;
         }
-        return reopen(tap);
-    }
-
-    /// Opens the player with a real click on cell `tap` of the row already shown.
-    bool reopen(int tap) {
         LumoraRowViewCell* cell = m_scene->visibleCells().at(tap);
         QTest::mouseClick(&m_scene->window, Qt::LeftButton, {},
                           cell->contentCenterInWindow().toPoint());
@@ -121,6 +130,25 @@ public:
         m_host = presented.isEmpty() ? nullptr
                                      : qobject_cast<ChannelsHostViewController*>(presented.first());
         return m_host;
+    }
+
+    /// openFromRow, then waits until the tapped channel's first page runs its timer and the two
+    /// events of opening it are in; with `secondPage`, moves on to its second page likewise.
+    bool openRunning(const QJsonArray& channels, int tap, bool secondPage = false) {
+        eventsSeen = int(eventLines(m_env).size());
+        if (!openFromRow(channels, tap)) {
+            return false;
+        }
+        advance(0.25);
+        if (!waitForPageTimer(tap, 0) || eventsSince(eventsSeen, 2).size() != 2) {
+            return false;
+        }
+        if (!secondPage) {
+            return true;
+        }
+        m_host->onNextButtonPressed(true);
+        m_env.clock.runUntilIdle();
+        return waitForPageTimer(tap, 1) && eventsSince(eventsSeen, 2).size() == 2;
     }
 
     /// Moves time on in timer-sized steps, with the events and animations each step causes.

@@ -7,50 +7,25 @@
 
 using namespace LumoraSDK;
 using namespace PlayerTest;
-using RowTest::Fixture;
 using Target = ChannelsHostViewController::HoldTarget;
 
 Q_DECLARE_METATYPE(Target)
 
-namespace {
-/// Three image pages of `duration` seconds; the second can be made unskippable.
-QJsonObject channelJson(Fixture& env, const QString& id, bool secondSkippable = true,
-                        const QString& link = QString()) {
-    QJsonObject channel = imageChannelJson(env, id, "unread", 3, 10);
-    QJsonArray pages = channel.value("pages").toArray();
-    QJsonObject second = pages.at(1).toObject();
-    second.insert("skippable", secondSkippable);
-    if (!link.isEmpty()) {
-        second.insert("swipeUpUrl", link);
-        second.insert("swipeUpText", "More");
-        second.insert("showSwipeUpUi", true);
-    }
-    pages.replace(1, second);
-    channel.insert("pages", pages);
-    return channel;
-}
-}  // namespace
-
 class HostGesturesTest : public HostTestCase {
     Q_OBJECT
 
-    /// Server events accounted for.
-    int m_seen = 0;
-
-    /// The player open on the second page of a fresh channel, its timer running, and the
-    /// server's events of getting there in.
+    /// The player open on the second page of a fresh channel of three 10-second image pages
+    /// (the second one unskippable unless `skippable`, with `link`), its timer running.
     bool openOnSecondPage(const QString& id, bool skippable = true, const QString& link = {}) {
-        m_seen = int(eventLines(*m_env).size());
-        if (!m_h->openFromRow(QJsonArray{channelJson(*m_env, id, skippable, link)}, 0)) {
-            return false;
+        QJsonObject second{{"skippable", skippable}};
+        if (!link.isEmpty()) {
+            second.insert("swipeUpUrl", link);
+            second.insert("swipeUpText", "More");
+            second.insert("showSwipeUpUi", true);
         }
-        m_h->advance(0.25);
-        if (!m_h->waitForPageTimer(0, 0) || m_h->eventsSince(m_seen, 2).size() != 2) {
-            return false;
-        }
-        m_h->host()->onNextButtonPressed(true);
-        m_env->clock.runUntilIdle();
-        return m_h->waitForPageTimer(0, 1) && m_h->eventsSince(m_seen, 2).size() == 2;
+        return m_h->openRunning(
+            QJsonArray{withPage(imageChannelJson(*m_env, id, "unread", 3, 10), 1, second)}, 0,
+            true);
     }
     /// Holds for `ticks` ticks of the hold timer, the first of which counts at once.
     void hold(Target target, int ticks, const std::function<void()>& meanwhile = {}) {
@@ -84,15 +59,12 @@ private slots:
         const char* click = "PASSED as click";
         row("59 ticks: click", Target::Next, 59, true, "", 2, click, true);
         row("60 ticks: hold", Target::Next, 60, true, "", 1, "PASSED as hold release", true);
-        row("previous click", Target::Previous, 1, true, "", 0, click, true);
         row("unskippable: next blocked", Target::Next, 1, false, "", 1,
             "BLOCKED (reason: page not skippable)", true);
         row("unskippable: previous passes", Target::Previous, 1, false, "", 0, click, true);
         row("pager moved: not resumed", Target::Next, 1, true, "s", 1,
             "BLOCKED (reason: channel collection view scrolled)", false);
         row("panned", Target::Next, 1, true, "p", 1, "BLOCKED (reason: panned vertically)", true);
-        row("panned over moved pager", Target::Previous, 1, true, "sp", 1,
-            "BLOCKED (reason: panned vertically)", false);
         row("swiped up outranks both", Target::Next, 1, true, "spu", 1,
             "BLOCKED (reason: swiped up)", false);
     }
@@ -132,16 +104,13 @@ private slots:
 
     void panClosesOrSpringsBack_data() {
         QTest::addColumn<QList<qreal>>("path");  // translations as fractions of the height
-        QTest::addColumn<qreal>("scale");        // while at the last point
         QTest::addColumn<bool>("closes");
-        QTest::newRow("10% down springs back") << QList<qreal>{0.05, 0.1} << 0.975 << false;
-        QTest::newRow("25% down closes") << QList<qreal>{0.1, 0.25} << 0.975 << true;
-        QTest::newRow("1% down: barely scaled") << QList<qreal>{0.01} << 1.0 << false;
-        QTest::newRow("up: full size, no lift") << QList<qreal>{-0.05, -0.1} << 1.0 << false;
+        QTest::newRow("10% down springs back") << QList<qreal>{0.05, 0.1} << false;
+        QTest::newRow("25% down closes") << QList<qreal>{0.1, 0.25} << true;
+        QTest::newRow("up: no lift") << QList<qreal>{-0.05, -0.1} << false;
     }
     void panClosesOrSpringsBack() {
         QFETCH(QList<qreal>, path);
-        QFETCH(qreal, scale);
         QFETCH(bool, closes);
         QVERIFY(openOnSecondPage("pan"));
         ChannelsHostViewController* host = m_h->host();
@@ -150,7 +119,6 @@ private slots:
         for (qreal fraction : path) {
             host->onPan(GestureState::Changed, fraction * height);
         }
-        QVERIFY(qAbs(host->channelsCollectionContainerView()->scale() - scale) < 1e-9);
         QVERIFY(host->channelsCollectionContainerView()->y() >= 0);
         host->onPan(GestureState::Ended, path.last() * height);
         m_h->advance(0.5);
@@ -161,16 +129,14 @@ private slots:
         }
     }
 
-    void swipeUpOpensTheLinkOnce_data() {
+    // A swipe up over a page with a web link opens it once: tst_playerraces, with real events.
+    void swipeUpWithoutAUsableLinkResumes_data() {
         QTest::addColumn<QString>("link");
-        QTest::addColumn<int>("viewers");
-        QTest::newRow("web link") << "http://127.0.0.1:9/page" << 1;
-        QTest::newRow("no link: resumes") << "" << 0;
-        QTest::newRow("script link refused") << "javascript:alert(1)" << 0;
+        QTest::newRow("no link") << "";
+        QTest::newRow("script link refused") << "javascript:alert(1)";
     }
-    void swipeUpOpensTheLinkOnce() {
+    void swipeUpWithoutAUsableLinkResumes() {
         QFETCH(QString, link);
-        QFETCH(int, viewers);
         QVERIFY(openOnSecondPage("up", true, link));
         ChannelsHostViewController* host = m_h->host();
         host->onButtonHold(GestureState::Began, Target::Next);
@@ -183,16 +149,9 @@ private slots:
         m_env->clock.runUntilIdle();
         const auto presented =
             PresentationStack::forWindow(&m_h->scene()->window)->presentedViewControllers();
-        QCOMPARE(int(presented.size()), 1 + viewers);
+        QCOMPARE(int(presented.size()), 1);
         QCOMPARE(m_h->player()->currentIndex(), 1);
-        QCOMPARE(m_h->pageTimerRuns(), viewers == 0);
-        if (viewers) {
-            QCOMPARE(m_h->eventsSince(m_seen, 1), QStringList{"swipeUpOnPage up up-2"});
-            qobject_cast<WebViewController*>(presented.last())->onCloseButtonPressed();
-            m_h->advance(1.0);
-            QVERIFY(m_h->pageTimerRuns());
-            QVERIFY(!host->hasSwipedUp);
-        }
+        QVERIFY(m_h->pageTimerRuns());
     }
 
     void pointerAndKeys_data() {
@@ -206,8 +165,6 @@ private slots:
         QTest::newRow("hold") << "hold" << 1 << "";
         QTest::newRow("tap learn more")
             << "pill" << 1 << "swipeUpOnPage pk-tap-learn-more pk-tap-learn-more-2";
-        QTest::newRow("tap bottom middle")
-            << "tap 180 600" << 2 << "skipPage pk-tap-bottom-middle pk-tap-bottom-middle-3";
         QTest::newRow("drag down")
             << "drag" << -1 << "dismissedChannel pk-drag-down pk-drag-down-2";
         QTest::newRow("right arrow")
@@ -264,7 +221,8 @@ private slots:
         if (!event.isEmpty()) {
             // Moving a page also records the new page's history; closing or opening the link
             // records only itself.
-            const QStringList events = m_h->eventsSince(m_seen, page < 0 || opensViewer ? 1 : 2);
+            const QStringList events =
+                m_h->eventsSince(m_h->eventsSeen, page < 0 || opensViewer ? 1 : 2);
             QVERIFY2(events.contains(event), qPrintable(events.join(", ")));
         }
         if (opensViewer) {

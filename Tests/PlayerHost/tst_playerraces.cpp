@@ -19,23 +19,6 @@
 using namespace LumoraSDK;
 using namespace PlayerTest;
 
-namespace {
-/// Turns page `index` of `channel` into the video at `url`.
-void makeVideoPage(QJsonObject& channel, int index, const QString& url) {
-    QJsonArray pages = channel.value("pages").toArray();
-    QJsonObject page = pages.at(index).toObject();
-    page.insert("type", "video");
-    page.insert("url", url);
-    pages.replace(index, page);
-    channel.insert("pages", pages);
-}
-
-bool timerRuns(ChannelViewController* player) {
-    return player && player->progressCollectionViewDataSource->progressTimer &&
-           player->progressCollectionViewDataSource->progressTimer->isValid();
-}
-}  // namespace
-
 class PlayerRacesTest : public HostTestCase {
     Q_OBJECT
 
@@ -66,9 +49,10 @@ private slots:
         const QString slow = m_env->mediaUrl("fitness/page-3.mp4");
         const QString fast = m_env->mediaUrl("music/page-1.mp4");
         m_env->server().setFault("/media/fitness/page-3.mp4", {{"delayMs", 1500}});
-        QJsonObject channel = imageChannelJson(*m_env, "late", "unread", 2, 5);
-        makeVideoPage(channel, 0, slow);
-        makeVideoPage(channel, 1, fast);
+        const QJsonObject channel =
+            withPage(withPage(imageChannelJson(*m_env, "late", "unread", 2, 5), 0,
+                              {{"type", "video"}, {"url", slow}}),
+                     1, {{"type", "video"}, {"url", fast}});
         QVERIFY(m_h->openFromRow(QJsonArray{channel}, 0));
         m_h->advance(0.3);
         QTest::mouseClick(window(), Qt::LeftButton, {}, QPoint(300, 320));
@@ -84,8 +68,7 @@ private slots:
             }
             return VideoPrefetchService::cachedVideoUrls().contains(slow);
         }));
-        m_h->advance(0.1);
-        m_h->advance(0.1);
+        m_h->advance(0.2);
         QCOMPARE(m_h->host()->videoNode->assetUrl(), fast);
         QVERIFY(m_h->host()->videoNode->isPlaying());
     }
@@ -98,9 +81,10 @@ private slots:
     void aVideoEndsItsPageWhateverTheAddressLooksLike() {
         QFETCH(QString, address);
         const QString url = address.arg(QUrl(m_env->server().baseUrl()).port());
-        QJsonObject channel = imageChannelJson(*m_env, "addr", "unread", 2, 5);
-        makeVideoPage(channel, 0, url);
-        QVERIFY(m_h->openFromRow(QJsonArray{channel}, 0));
+        QVERIFY(
+            m_h->openFromRow(QJsonArray{withPage(imageChannelJson(*m_env, "addr", "unread", 2, 5),
+                                                 0, {{"type", "video"}, {"url", url}})},
+                             0));
         m_h->advance(0.3);
         QVERIFY(waitForVideo(url));
         QMediaPlayer* player = m_h->host()->videoNode->player();
@@ -115,15 +99,10 @@ private slots:
     }
     void aReleaseInThePressTurnKeepsAnUnskippablePageRunning() {
         QFETCH(bool, key);
-        QJsonObject channel = imageChannelJson(*m_env, "stay", "unread", 2, 2);
-        QJsonArray pages = channel.value("pages").toArray();
-        QJsonObject first = pages.at(0).toObject();
-        first.insert("skippable", false);
-        pages.replace(0, first);
-        channel.insert("pages", pages);
-        QVERIFY(m_h->openFromRow(QJsonArray{channel}, 0));
-        m_h->advance(0.25);
-        QVERIFY(m_h->waitForPageTimer(0, 0));
+        QVERIFY(
+            m_h->openRunning(QJsonArray{withPage(imageChannelJson(*m_env, "stay", "unread", 2, 2),
+                                                 0, {{"skippable", false}})},
+                             0));
         if (key) {
             QTest::keyClick(window(), Qt::Key_Right);
         } else {
@@ -131,17 +110,15 @@ private slots:
         }
         m_h->advance(0.1);
         QCOMPARE(m_h->player()->currentIndex(), 0);
-        QVERIFY(timerRuns(m_h->player()));
+        QVERIFY(m_h->pageTimerRuns());
         m_h->advance(2.0);
         QVERIFY(m_h->waitForPageTimer(0, 1));
     }
 
     void aFinishedChannelCompletesAtOnceWhenShownAgain() {
-        QVERIFY(m_h->openFromRow(QJsonArray{imageChannelJson(*m_env, "done", "unread", 1, 3),
+        QVERIFY(m_h->openRunning(QJsonArray{imageChannelJson(*m_env, "done", "unread", 1, 3),
                                             imageChannelJson(*m_env, "next", "unread", 2, 3)},
                                  0));
-        m_h->advance(0.25);
-        QVERIFY(m_h->waitForPageTimer(0, 0));
         m_h->advance(3.5);
         QVERIFY(m_h->waitForPageTimer(1, 0));
         int seen = int(eventLines(*m_env).size());
@@ -153,27 +130,22 @@ private slots:
     }
 
     void thePageHoldsUnderAWebPageAndTheHostClosesWhole() {
-        QJsonObject channel = imageChannelJson(*m_env, "web", "unread", 1, 2);
-        QJsonArray pages = channel.value("pages").toArray();
-        QJsonObject page = pages.at(0).toObject();
-        page.insert("swipeUpUrl", m_env->server().baseUrl() + "/pages/offers.html");
-        pages.replace(0, page);
-        channel.insert("pages", pages);
+        const QJsonObject channel =
+            withPage(imageChannelJson(*m_env, "web", "unread", 1, 2), 0,
+                     {{"swipeUpUrl", m_env->server().baseUrl() + "/pages/offers.html"}});
         for (const bool closeViewer : {true, false}) {
-            QVERIFY(m_h->openFromRow(QJsonArray{channel}, 0));
-            m_h->advance(0.25);
-            QVERIFY(m_h->waitForPageTimer(0, 0));
+            QVERIFY(m_h->openRunning(QJsonArray{channel}, 0));
             drag(QPoint(180, 400), QPoint(180, 200));
             m_h->advance(3.0);
             QCOMPARE(presented().size(), 2);
-            QVERIFY(!timerRuns(m_h->player()));
+            QVERIFY(!m_h->pageTimerRuns());
             QVERIFY(m_h->scene()->row->isChannelHostActive());
             auto* viewer = qobject_cast<WebViewController*>(presented().last());
             if (closeViewer) {
                 QTest::mouseClick(window(), Qt::LeftButton, {},
                                   viewer->closeButton()->mapToScene({10, 10}).toPoint());
                 m_h->advance(0.5);
-                QVERIFY(timerRuns(m_h->player()));
+                QVERIFY(m_h->pageTimerRuns());
                 m_h->advance(2.5);
             } else {
                 m_h->host()->dismissToCellCenter();
@@ -192,9 +164,7 @@ private slots:
     }
     void theMediaPausesOutOfSight() {
         QFETCH(QString, leave);
-        QVERIFY(m_h->openFromRow(QJsonArray{imageChannelJson(*m_env, "sight", "unread", 2, 5)}, 0));
-        m_h->advance(0.25);
-        QVERIFY(m_h->waitForPageTimer(0, 0));
+        QVERIFY(m_h->openRunning(QJsonArray{imageChannelJson(*m_env, "sight", "unread", 2, 5)}, 0));
         QWindow other;
         if (leave == "activate") {
             other.show();
@@ -204,23 +174,22 @@ private slots:
         } else {
             window()->hide();
         }
-        QTRY_VERIFY(!timerRuns(m_h->player()));
+        QTRY_VERIFY(!m_h->pageTimerRuns());
         const double remaining = *m_h->player()->progressCollectionViewDataSource->timerRemainingMs;
         m_h->advance(1.0);
         QCOMPARE(*m_h->player()->progressCollectionViewDataSource->timerRemainingMs, remaining);
         other.hide();
         window()->showNormal();
         window()->requestActivate();
-        QTRY_VERIFY(timerRuns(m_h->player()));
+        QTRY_VERIFY(m_h->pageTimerRuns());
     }
 
     void closingLeavesNoLayerOrPlayerBehind() {
         // Images, a video and a web page: every kind of drawing layer the player makes.
-        QJsonObject channel = imageChannelJson(*m_env, "layers", "unread", 2, 5);
-        makeVideoPage(channel, 1, m_env->mediaUrl("music/page-1.mp4"));
-        QVERIFY(m_h->openFromRow(QJsonArray{channel}, 0));
-        m_h->advance(0.25);
-        QVERIFY(m_h->waitForPageTimer(0, 0));
+        QVERIFY(m_h->openRunning(
+            QJsonArray{withPage(imageChannelJson(*m_env, "layers", "unread", 2, 5), 1,
+                                {{"type", "video"}, {"url", m_env->mediaUrl("music/page-1.mp4")}})},
+            0));
         QTest::keyClick(window(), Qt::Key_Right);
         m_h->advance(0.3);
         QVERIFY(waitForVideo(m_env->mediaUrl("music/page-1.mp4")));

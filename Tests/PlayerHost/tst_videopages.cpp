@@ -1,5 +1,5 @@
 // Video pages in the player, with real videos served by lumora-devserver: time updates fill the
-// page's progress segment, a stall dims the video, the end of the video ends the page once, and
+// page's progress segment, the end of the video ends the page once, and
 // a prefetched video starts from the cache. Playback itself runs for real; the page timers run
 // on ManualScheduler.
 
@@ -21,16 +21,11 @@ namespace {
 /// A channel whose first page is the 6-second demo video "music/page-1.mp4" and whose second is
 /// an image.
 QJsonObject videoChannelJson(Fixture& env, const QString& id) {
-    QJsonObject channel = imageChannelJson(env, id, "unread", 2, 5);
-    QJsonArray pages = channel.value("pages").toArray();
-    QJsonObject video = pages.at(0).toObject();
-    video.insert("type", "video");
-    video.insert("duration", 6);
-    video.insert("url", env.mediaUrl("music/page-1.mp4"));
-    video.insert("playcardUrl", env.mediaUrl("music/page-1-playcard.png"));
-    pages.replace(0, video);
-    channel.insert("pages", pages);
-    return channel;
+    return withPage(imageChannelJson(env, id, "unread", 2, 5), 0,
+                    {{"type", "video"},
+                     {"duration", 6},
+                     {"url", env.mediaUrl("music/page-1.mp4")},
+                     {"playcardUrl", env.mediaUrl("music/page-1-playcard.png")}});
 }
 
 qreal segmentProgress(ChannelViewController& player, int index) {
@@ -64,43 +59,19 @@ class VideoPagesTest : public HostTestCase {
     }
 
 private slots:
-    void timeUpdatesFillTheSegment_data() {
-        QTest::addColumn<double>("at");
-        QTest::addColumn<bool>("sharing");
-        QTest::newRow("a quarter in") << 0.25 << false;
-        QTest::newRow("nearly done") << 0.95 << false;
-        QTest::newRow("while sharing: paused instead") << 0.5 << true;
-    }
+    // While a share is under way the video pauses instead: tst_share.
     void timeUpdatesFillTheSegment() {
-        QFETCH(double, at);
-        QFETCH(bool, sharing);
+        const double at = 0.25;
         VideoNode* node = openPlaying("v-time");
         QVERIFY(node);
         ChannelViewController& player = *m_h->player();
         QCOMPARE(player.getVideoNodeUrl(), m_env->mediaUrl("music/page-1.mp4"));
-        player.isSharing = sharing;
         player.videoNodeDidPlayToTimeInterval(*node, at * *node->currentItemDuration());
         // Updates queued by earlier real ticks run first; this one lands last.
         m_env->clock.runUntilIdle();
-        QCOMPARE(qAbs(segmentProgress(player, 0) - at) < 1e-9, !sharing);
-        QTRY_COMPARE(node->isPlaying(), !sharing);
+        QVERIFY(qAbs(segmentProgress(player, 0) - at) < 1e-9);
+        QVERIFY(node->isPlaying());
         QCOMPARE(player.currentIndex(), 0);
-        player.isSharing = false;
-    }
-
-    void aStallDimsUntilTheNextUpdate() {
-        VideoNode* node = openPlaying("v-stall");
-        QVERIFY(node);
-        ChannelViewController& player = *m_h->player();
-        LumoraTest::LogCapture log;
-        player.videoNodeDidStallAtTimeInterval(*node, 1.5);
-        QCOMPARE(player.videoContainerView()->opacity(), 0.8);
-        QVERIFY(!player.mediaCollectionView()->isVisible());
-        QVERIFY(log.contains(QStringLiteral("videoNode ") + player.getVideoNodeUrl() +
-                             " - didStallAtTimeInterval 1.5"));
-        player.videoNodeDidPlayToTimeInterval(*node, 1.6);
-        QCOMPARE(player.videoContainerView()->opacity(), 1.0);
-        QVERIFY(player.mediaCollectionView()->isVisible());
     }
 
     void theVideosLengthEndsThePageOnce() {
