@@ -122,6 +122,11 @@ public:
                      int(m_scene->visibleCells().size()));
             return false;
         }
+        return reopen(tap);
+    }
+
+    /// Opens the player with a real click on cell `tap` of the row already shown.
+    bool reopen(int tap) {
         LumoraRowViewCell* cell = m_scene->visibleCells().at(tap);
         QTest::mouseClick(&m_scene->window, Qt::LeftButton, {},
                           cell->contentCenterInWindow().toPoint());
