@@ -265,11 +265,15 @@ private:
 
     QUrl page(const QString& path) const { return QUrl(m_server->baseUrl() + path); }
 
-    /// The sandbox page makes its attempt when tapped, as a link is followed.
+    /// The sandbox page makes its attempt when tapped, as a link is followed. Chromium drops
+    /// input that arrives before the page's first frame, so the tap waits for the painted header.
     void tapOnceLoaded(QQuickItem* view) {
         QTRY_VERIFY_WITH_TIMEOUT(
             view->property("title").toString() == "sandbox" && !view->property("loading").toBool(),
             kPageTimeout);
+        const QPoint header = view->mapToScene(QPointF(20, 20)).toPoint();
+        QTRY_COMPARE_WITH_TIMEOUT(m_window->grabWindow().pixelColor(header), QColor("#7C3AED"),
+                                  kPageTimeout);
         QTest::mouseClick(m_window.get(), Qt::LeftButton, {},
                           view->mapToScene(view->boundingRect().center()).toPoint());
     }
