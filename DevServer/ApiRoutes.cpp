@@ -2,6 +2,7 @@
 
 #include "HttpUtil.h"
 
+#include <QJsonDocument>
 #include <array>
 
 namespace LumoraSDK::DevServer {
@@ -155,8 +156,25 @@ void ApiRoutes::postUpdateExternalId(const httplib::Request& request, httplib::R
 
 void ApiRoutes::getChannels(const httplib::Request& request, httplib::Response& response,
                             const User& user) {
-    setJson(response, 200,
-            m_content.channelsFor(m_users.viewedPages(user), requestBaseUrl(request, m_tls)));
+    ViewedPages viewed = m_users.viewedPages(user);
+    std::string baseUrl = requestBaseUrl(request, m_tls);
+    std::shared_ptr<const std::string> body;
+    {
+        const std::lock_guard lock(m_lastChannelListMutex);
+        if (m_lastChannelList.body && m_lastChannelList.viewed == viewed &&
+            m_lastChannelList.baseUrl == baseUrl) {
+            body = m_lastChannelList.body;
+        }
+    }
+    if (!body) {
+        body = std::make_shared<const std::string>(
+            QJsonDocument(m_content.channelsFor(viewed, baseUrl))
+                .toJson(QJsonDocument::Compact)
+                .toStdString());
+        const std::lock_guard lock(m_lastChannelListMutex);
+        m_lastChannelList = {std::move(viewed), std::move(baseUrl), body};
+    }
+    setJsonBody(response, 200, std::move(body));
 }
 
 void ApiRoutes::postViewingHistory(const httplib::Request& request, httplib::Response& response,

@@ -5,6 +5,8 @@
 #include "UserDirectory.h"
 
 #include <httplib.h>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -44,6 +46,17 @@ private:
     EventJournal& m_journal;
     const std::string m_apiKey;
     const bool m_tls;
+
+    /// The last channel list served, serialized. A large feed takes tens of milliseconds to build
+    /// and a host reloads it often; the answer depends only on the viewer's history and the
+    /// address the request came to.
+    struct ChannelListAnswer {
+        ViewedPages viewed;
+        std::string baseUrl;
+        std::shared_ptr<const std::string> body;
+    };
+    std::mutex m_lastChannelListMutex;
+    ChannelListAnswer m_lastChannelList;
 };
 
 }  // namespace LumoraSDK::DevServer

@@ -20,17 +20,22 @@ void setJson(httplib::Response& response, int status, const QJsonValue& value) {
     } else {
         document = QJsonDocument(value.toObject());
     }
+    setJsonBody(
+        response, status,
+        std::make_shared<const std::string>(document.toJson(QJsonDocument::Compact).toStdString()));
+}
+
+void setJsonBody(httplib::Response& response, int status, std::shared_ptr<const std::string> body) {
     response.status = status;
     // Through a provider of known length, which the library never compresses: left to it, a
     // client offering brotli gets the channel list at brotli's top quality, seconds per megabyte.
     // Loopback needs no compression.
-    auto body =
-        std::make_shared<const std::string>(document.toJson(QJsonDocument::Compact).toStdString());
-    response.set_content_provider(body->size(), kJsonContentType,
-                                  [body](size_t offset, size_t length, httplib::DataSink& sink) {
-                                      return sink.write(body->data() + offset,
-                                                        std::min(length, body->size() - offset));
-                                  });
+    const size_t size = body->size();
+    response.set_content_provider(
+        size, kJsonContentType,
+        [body = std::move(body)](size_t offset, size_t length, httplib::DataSink& sink) {
+            return sink.write(body->data() + offset, std::min(length, body->size() - offset));
+        });
 }
 
 void setError(httplib::Response& response, int status, const std::string& error,

@@ -3,6 +3,7 @@
 #include <httplib.h>
 #include <QJsonObject>
 #include <QJsonValue>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -12,6 +13,8 @@ inline constexpr const char* kJsonContentType = "application/json";
 
 /// Answers `status` with `value` as compact JSON.
 void setJson(httplib::Response& response, int status, const QJsonValue& value);
+/// Answers `status` with `body`, JSON text already serialized.
+void setJsonBody(httplib::Response& response, int status, std::shared_ptr<const std::string> body);
 /// Answers `status` with {"error": error, "message": message}.
 void setError(httplib::Response& response, int status, const std::string& error,
               const std::string& message);
