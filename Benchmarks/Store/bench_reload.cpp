@@ -28,6 +28,7 @@
 #include <QQuickWindow>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QTimer>
 #include <algorithm>
 #include <cstdio>
@@ -61,6 +62,10 @@ public:
                 [this] { close(); });
     }
     bool notify(QObject* receiver, QEvent* event) override {
+        // Every thread's events pass through here; only the GUI thread's count.
+        if (QThread::currentThread() != thread()) {
+            return QGuiApplication::notify(receiver, event);
+        }
         if (m_depth++ == 0 && !m_busy) {
             m_busy = true;
             m_clock.start();
@@ -126,14 +131,14 @@ void idleFor(int ms) {
 }
 
 /// `network` is one manager for every fetch, so that its connection stays open as the SDK's does.
-QJsonArray fetchChannels(QNetworkAccessManager& network, LumoraTest::DevServer& server) {
+QByteArray fetchChannels(QNetworkAccessManager& network, LumoraTest::DevServer& server) {
     QNetworkRequest request(QUrl(server.baseUrl() + QLatin1String(kChannelsRoute)));
     request.setRawHeader("x-lumora-api-key", server.apiKey().toUtf8());
     const auto token = UserDefaults::standard().string(DatabaseService::Key::accessToken);
     request.setRawHeader("Authorization", "Bearer " + token.value_or(QString()).toUtf8());
     std::unique_ptr<QNetworkReply> reply(network.get(request));
     waitFor([&] { return reply->isFinished(); });
-    return QJsonDocument::fromJson(reply->readAll()).array();
+    return reply->readAll();
 }
 
 Figures reloadOnce(LumoraRowView& row, MeteredApplication& meter, int expected) {
@@ -211,7 +216,7 @@ int main(int argc, char** argv) {
     // --resume-videos it is the second page, a video in three of the nine demo channels.
     const bool resumeVideos = app.arguments().contains(QStringLiteral("--resume-videos"));
     QNetworkAccessManager network;
-    const QJsonArray all = fetchChannels(network, server);
+    const QJsonArray all = QJsonDocument::fromJson(fetchChannels(network, server)).array();
     QVariantMap pages;
     for (const QJsonValue& channel : all) {
         pages.insert(channel[QStringLiteral("id")].toString(), resumeVideos ? 1 : 1000);
