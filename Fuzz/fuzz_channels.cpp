@@ -3,6 +3,7 @@
 
 #include "FuzzSupport.h"
 #include "Models/Channel.h"
+#include "Models/ChannelList.h"
 #include "Models/Page.h"
 
 using namespace LumoraSDK;
@@ -37,15 +38,34 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const QJsonDocument document = QJsonDocument::fromJson(LumoraFuzz::bytes(data, size));
+    const QByteArray json = LumoraFuzz::bytes(data, size);
+    const QJsonDocument document = QJsonDocument::fromJson(json);
+    bool stops = false;
     for (const QJsonValue& value : document.array()) {
-        if (!value.isObject() || stopsByDesign(value.toObject())) {
+        if (!value.isObject()) {
+            continue;
+        }
+        if (stopsByDesign(value.toObject())) {
+            stops = true;
             continue;
         }
         if (const auto channel = Channel::fromJson(value.toObject())) {
             const QJsonObject again = channel->serialize();
             (void)Channel::fromJson(again);
             (void)channel->isRead();
+        }
+    }
+    // Cut into parts, any text decodes to what it decodes to whole.
+    if (!stops) {
+        const auto serialized = [](const std::optional<QList<Channel>>& channels) {
+            QList<QJsonObject> objects;
+            for (const Channel& channel : channels.value_or(QList<Channel>())) {
+                objects.append(channel.serialize());
+            }
+            return std::pair(channels.has_value(), objects);
+        };
+        if (serialized(decodeChannelList(json, 3)) != serialized(decodeChannelList(json, 1))) {
+            qFatal("the channel list decodes differently in parts");
         }
     }
     return 0;

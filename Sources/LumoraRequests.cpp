@@ -5,7 +5,7 @@
 
 #include "Lumora.h"
 #include "Models/Authorization.h"
-#include "Models/Channel.h"
+#include "Models/ChannelList.h"
 #include "Models/UserInput.h"
 #include "Platform/UserDefaults.h"
 #include "Services/DatabaseService.h"
@@ -120,28 +120,17 @@ void Lumora::requestGetChannels(std::function<void(const QList<Channel>&)> onCom
                 }
                 return;
             }
-            QList<Channel> channels;
-            const QJsonDocument document = data ? QJsonDocument::fromJson(*data) : QJsonDocument();
-            const QJsonArray list = document.array();
-            const bool isListOfObjects =
-                document.isArray() && std::all_of(list.begin(), list.end(),
-                                                  [](const QJsonValue& v) { return v.isObject(); });
-            if (!isListOfObjects) {
+            std::optional<QList<Channel>> channels = decodeChannelList(data.value_or(QByteArray()));
+            if (!channels) {
                 // A malformed list is not an error: the row simply shows nothing new.
                 logger().log(
                     QStringLiteral("requestGetChannels(onComplete:onError:) - cannot convert "
                                    "data to JSON. Proceeding with empty collection."),
                     LogLevel::debug);
-            } else {
-                channels.reserve(list.size());
-                for (const QJsonValue& value : list) {
-                    if (auto channel = Channel::fromJson(value.toObject())) {
-                        channels.append(std::move(*channel));
-                    }
-                }
+                channels.emplace();
             }
             if (onComplete) {
-                onComplete(channels);
+                onComplete(*channels);
             }
         });
 }

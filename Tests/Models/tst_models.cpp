@@ -13,6 +13,7 @@
 #include "Models/Authorization.h"
 #include "Models/Branding.h"
 #include "Models/Channel.h"
+#include "Models/ChannelList.h"
 #include "Models/DemoData.h"
 #include "Models/UserInput.h"
 #include "Platform/UserDefaults.h"
@@ -347,6 +348,59 @@ private slots:
             ids.append(p.id.value_or("<none>"));
         }
         QCOMPARE(ids, expectedIds);
+    }
+
+    // A long list is decoded in parts cut at its top-level commas; whatever the text, the result
+    // is the whole text's: the same channels in order, or nothing.
+    void channelListInParts_data() {
+        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<int>("count");  // -1: not a list of channel objects
+        const struct {
+            const char* name;
+            const char* json;
+            int count;
+        } rows[] = {
+            {"commas and brackets in text",
+             "[{\"id\":\"a\"},{\"id\":\"b\",\"title\":\"x,]}\\\"y\"},{\"id\":\"c\",\"pages\":[{"
+             "\"id\":\"p\",\"sortOrder\":2},"
+             "{\"id\":\"q\",\"sortOrder\":1}]},{\"id\":\"d\\\\\"}]",
+             4},
+            {"escaped quote before a comma",
+             "[{\"id\":\"a\",\"title\":\"x\\\"},{\\\"y\"},{\"id\":\"b\"}]", 2},
+            {"white space around", " \n[ {\"id\":\"a\"} ,\t{\"id\":\"b\"} ]\r\n", 2},
+            {"empty object dropped", "[{\"id\":\"a\"},{},{\"id\":\"b\"}]", 2},
+            {"byte order mark", "\xEF\xBB\xBF[{\"id\":\"a\"},{\"id\":\"b\"}]", 2},
+            {"trailing comma", "[{\"id\":\"a\"},{\"id\":\"b\"},]", -1},
+            {"leading comma", "[,{\"id\":\"a\"},{\"id\":\"b\"}]", -1},
+            {"double comma", "[{\"id\":\"a\"},  ,{\"id\":\"b\"}]", -1},
+            {"non-object element", "[{\"id\":\"a\"},5,{\"id\":\"b\"}]", -1},
+            {"text after the list", "[{\"id\":\"a\"},{\"id\":\"b\"}] x", -1},
+            {"unclosed", "[{\"id\":\"a\"},{\"id\":\"b\"}", -1},
+            {"crossed brackets", "[{\"id\":\"a\"],[}]", -1},
+            {"object, not a list", "{\"a\":1,\"b\":2}", -1},
+            // Nothing is decoded, so the page without "sortOrder" stops nothing.
+            {"non-object beside a broken channel",
+             "[{\"id\":\"c\",\"pages\":[{\"id\":\"p\"},{\"id\":\"q\"}]},{\"id\":\"a\"},5]", -1},
+        };
+        for (const auto& row : rows) {
+            QTest::newRow(row.name) << QByteArray(row.json) << row.count;
+        }
+    }
+    void channelListInParts() {
+        QFETCH(QByteArray, json);
+        QFETCH(int, count);
+        const auto texts = [](const std::optional<QList<Channel>>& channels) {
+            QStringList result;
+            for (const Channel& channel : channels.value_or(QList<Channel>())) {
+                result.append(QJsonDocument(channel.serialize()).toJson(QJsonDocument::Compact));
+            }
+            return channels ? result : QStringList{"<nothing>"};
+        };
+        const auto whole = decodeChannelList(json, 1);
+        QCOMPARE(whole ? int(whole->size()) : -1, count);
+        for (int parts = 2; parts <= 4; ++parts) {
+            QCOMPARE(texts(decodeChannelList(json, parts)), texts(whole));
+        }
     }
 
     // Every page of a multi-page channel must have "sortOrder"; otherwise the process stops,
