@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             (void)channel->isRead();
         }
     }
-    // Cut into parts, any text decodes to what it decodes to whole.
+    // The fast reader answers what QJsonDocument answers, for any text.
     if (!stops) {
         const auto serialized = [](const std::optional<QList<Channel>>& channels) {
             QList<QJsonObject> objects;
@@ -64,8 +64,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             }
             return std::pair(channels.has_value(), objects);
         };
-        if (serialized(decodeChannelList(json, 3)) != serialized(decodeChannelList(json, 1))) {
-            qFatal("the channel list decodes differently in parts");
+        if (serialized(decodeChannelList(json)) != serialized(decodeChannelListWithQtJson(json))) {
+            qFatal("the channel list reads differently with simdjson and with QJsonDocument");
         }
     }
     return 0;

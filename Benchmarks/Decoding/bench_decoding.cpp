@@ -1,6 +1,7 @@
-// Decoding a channel feed three ways, on the same bytes:
-//   QtParse      QJsonDocument::fromJson only (the floor the SDK cannot go below with Qt JSON);
-//   FullDecode   the same parse plus Channel::fromJson for every channel (what the SDK does);
+// Decoding a channel feed four ways, on the same bytes:
+//   QtParse      QJsonDocument::fromJson only (the floor for any decoder through Qt JSON);
+//   FullDecode   the same parse plus Channel::fromJson for every channel (the reference reader);
+//   ChannelList  decodeChannelList: simdjson's DOM into the same entities (what the SDK does);
 //   Simdjson     simdjson on-demand reading the same fields into plain structs (a reference).
 // Arguments: channel count; every channel has ten pages.
 
@@ -18,6 +19,7 @@
 #include <vector>
 
 #include "Models/Channel.h"
+#include "Models/ChannelList.h"
 
 namespace {
 
@@ -112,6 +114,18 @@ void FullDecode(benchmark::State& state) {
             decodeChannels(QJsonDocument::fromJson(bytes).array());
         benchmark::DoNotOptimize(channels.data());
         if (channels.size() != state.range(0)) {
+            state.SkipWithError("decoded a different number of channels");
+        }
+    }
+    setCounters(state, bytes);
+}
+
+void ChannelList(benchmark::State& state) {
+    const QByteArray& bytes = feed(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        const auto channels = LumoraSDK::decodeChannelList(bytes);
+        benchmark::DoNotOptimize(channels->data());
+        if (channels->size() != state.range(0)) {
             state.SkipWithError("decoded a different number of channels");
         }
     }
@@ -246,6 +260,7 @@ void Simdjson(benchmark::State& state) {
 
 BENCHMARK(QtParse)->Arg(100)->Arg(2000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(FullDecode)->Arg(100)->Arg(2000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(ChannelList)->Arg(100)->Arg(2000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(EntitiesOnly)->Arg(100)->Arg(2000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(Simdjson)->Arg(100)->Arg(2000)->Unit(benchmark::kMicrosecond);
 

@@ -3,44 +3,15 @@
 #include <QJsonArray>
 #include <algorithm>
 
-#include "Models/JsonFields.h"
+#include "Models/EntityDecoding.h"
 
 namespace LumoraSDK {
 
-namespace {
-namespace Key {
-constexpr QLatin1StringView title("title");
-constexpr QLatin1StringView id("id");
-constexpr QLatin1StringView initialPage("initialPage");
-constexpr QLatin1StringView profilePictureUrl("profilePictureUrl");
-constexpr QLatin1StringView status("status");
-constexpr QLatin1StringView pages("pages");
-}  // namespace Key
-
-// A value that is not a list made only of objects gives no pages at all.
-QList<Page> decodePages(const QJsonValueConstRef& value) {
-    if (!value.isArray()) {
-        return {};
-    }
-    const QJsonArray list = value.toArray();
-    for (const auto& element : list) {
-        if (!element.isObject()) {
-            return {};
-        }
-    }
-    QList<Page> pages;
-    pages.reserve(list.size());
-    for (const auto& element : list) {
-        if (auto page = Page::fromJson(element.toObject())) {
-            pages.append(std::move(*page));
-        }
-    }
-    return pages;
-}
+namespace Key = EntityDecoding::ChannelKey;
 
 // The API promises "sortOrder" on every page; a multi-page channel without it has no defined
 // order to play in, so it is treated as a broken contract rather than guessed at.
-void sortPages(QList<Page>& pages, const std::optional<QString>& channelId) {
+void EntityDecoding::sortPages(QList<Page>& pages, const std::optional<QString>& channelId) {
     if (pages.size() < 2) {
         return;
     }
@@ -62,31 +33,9 @@ void sortPages(QList<Page>& pages, const std::optional<QString>& channelId) {
         std::stable_sort(pages.begin(), pages.end(), bySortOrder);
     }
 }
-}  // namespace
 
 std::optional<Channel> Channel::fromJson(const QJsonObject& json) {
-    using namespace JsonFields;
-    if (json.isEmpty()) {
-        return std::nullopt;
-    }
-    Channel channel;
-    forEachMember(json, [&channel](const QString& key, const QJsonValueConstRef& value) {
-        if (key == Key::title) {
-            channel.title = string(value);
-        } else if (key == Key::id) {
-            channel.id = string(value);
-        } else if (key == Key::initialPage) {
-            channel.initialPage = integer(value);
-        } else if (key == Key::profilePictureUrl) {
-            channel.profilePictureUrl = string(value);
-        } else if (key == Key::status) {
-            channel.status = rawValued(value, &statusFromRawValue);
-        } else if (key == Key::pages) {
-            channel.pages = decodePages(value);
-        }
-    });
-    sortPages(channel.pages, channel.id);
-    return channel;
+    return EntityDecoding::decodeChannel(json);
 }
 
 QJsonObject Channel::serialize() const {

@@ -1,35 +1,108 @@
 #include "Models/ChannelList.h"
 
+#include <simdjson.h>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QThread>
-#include <algorithm>
-#include <future>
-#include <vector>
+#include <iterator>
+
+#include "Models/EntityDecoding.h"
 
 namespace LumoraSDK {
 
 namespace {
 
-// Below this many bytes a part costs more in thread start-up than it saves in decoding.
-constexpr qsizetype kMinimumPartBytes = 128 * 1024;
+namespace dom = simdjson::dom;
 
-bool isJsonSpace(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+// QJsonDocument refuses documents nested deeper than about a thousand levels; below half that,
+// both readers agree on every text they accept.
+constexpr size_t kMaximumDepth = 512;
+
+struct FastObject;
+
+/// A simdjson element seen through QJsonValue's questions, so that the entities decode from it
+/// with the same code and the same rules as from a QJsonObject.
+struct FastValue {
+    dom::element element;
+
+    bool isString() const { return element.is_string(); }
+    QString toString() const {
+        const std::string_view text = element.get_string().value_unsafe();
+        return QString::fromUtf8(text.data(), qsizetype(text.size()));
+    }
+    bool isDouble() const { return element.is_number(); }
+    /// As QJsonValue::toDouble: an integer converts to the nearest double.
+    double toDouble() const {
+        switch (element.type()) {
+            case dom::element_type::INT64:
+                return double(element.get_int64().value_unsafe());
+            case dom::element_type::UINT64:
+                return double(element.get_uint64().value_unsafe());
+            default:
+                return element.get_double().value_unsafe();
+        }
+    }
+    bool isBool() const { return element.is_bool(); }
+    bool toBool() const { return element.get_bool().value_unsafe(); }
+    bool isArray() const { return element.is_array(); }
+    bool isObject() const { return element.is_object(); }
+    FastObject toObject() const;
+    auto toArray() const;
+};
+
+struct FastObject {
+    dom::object object;
+};
+
+FastObject FastValue::toObject() const {
+    return {element.get_object().value_unsafe()};
 }
 
-/// The list when `json` is an array made only of objects.
-std::optional<QJsonArray> parseList(const QByteArray& json) {
+/// The elements of an array as FastValues.
+struct FastArray {
+    dom::array array;
+    struct Iterator {
+        using iterator_category = std::input_iterator_tag;
+        using value_type = FastValue;
+        using difference_type = std::ptrdiff_t;
+        using pointer = void;
+        using reference = FastValue;
+        dom::array::iterator at;
+        FastValue operator*() const { return {*at}; }
+        Iterator& operator++() {
+            ++at;
+            return *this;
+        }
+        bool operator==(const Iterator& other) const { return !(at != other.at); }
+    };
+    Iterator begin() const { return {array.begin()}; }
+    Iterator end() const { return {array.end()}; }
+};
+
+auto FastValue::toArray() const {
+    return FastArray{element.get_array().value_unsafe()};
+}
+
+bool isEmptyObject(const FastObject& object) {
+    return object.object.begin() == object.object.end();
+}
+
+/// In document order: a later duplicate key overwrites what an earlier one set.
+template <typename Visit>
+void forEachMember(const FastObject& object, Visit visit) {
+    for (const dom::key_value_pair member : object.object) {
+        visit(member.key, FastValue{member.value});
+    }
+}
+
+}  // namespace
+
+std::optional<QList<Channel>> decodeChannelListWithQtJson(const QByteArray& json) {
     const QJsonDocument document = QJsonDocument::fromJson(json);
-    QJsonArray list = document.array();
+    const QJsonArray list = document.array();
     if (!document.isArray() ||
         !std::all_of(list.begin(), list.end(), [](const QJsonValue& v) { return v.isObject(); })) {
         return std::nullopt;
     }
-    return list;
-}
-
-QList<Channel> decodeList(const QJsonArray& list) {
     QList<Channel> channels;
     channels.reserve(list.size());
     for (const QJsonValue& value : list) {
@@ -40,123 +113,31 @@ QList<Channel> decodeList(const QJsonArray& list) {
     return channels;
 }
 
-/// Where the top-level array of `json` opens and closes, and the commas between its elements.
-struct ArrayOutline {
-    qsizetype open = 0, close = 0;
-    QList<qsizetype> commas;
-};
-
-/// Nothing unless `json` is one bracketed text with only white space around it; whether what is
-/// between the brackets is valid is left to the parser, part by part.
-std::optional<ArrayOutline> outline(const QByteArray& json) {
-    const char* text = json.constData();
-    const qsizetype size = json.size();
-    qsizetype i = 0;
-    while (i < size && isJsonSpace(text[i])) {
-        ++i;
+std::optional<QList<Channel>> decodeChannelList(const QByteArray& json) {
+    dom::parser parser;
+    dom::element root;
+    // simdjson refuses some texts QJsonDocument reads (a byte-order mark, unpaired surrogate
+    // escapes, integers past 64 bits, invalid UTF-8 that Qt replaces); those take the slow way.
+    if (parser.allocate(size_t(json.size()), kMaximumDepth) != simdjson::SUCCESS ||
+        parser.parse(json.constData(), size_t(json.size())).get(root) != simdjson::SUCCESS) {
+        return decodeChannelListWithQtJson(json);
     }
-    if (i == size || text[i] != '[') {
+    dom::array list;
+    if (root.get_array().get(list) != simdjson::SUCCESS) {
         return std::nullopt;
     }
-    ArrayOutline result;
-    result.open = i;
-    int depth = 0;
-    bool inString = false;
-    for (; i < size; ++i) {
-        const char c = text[i];
-        if (inString) {
-            if (c == '\\') {
-                ++i;
-            } else if (c == '"') {
-                inString = false;
-            }
-        } else if (c == '"') {
-            inString = true;
-        } else if (c == '[' || c == '{') {
-            ++depth;
-        } else if (c == ']' || c == '}') {
-            if (--depth == 0) {
-                break;
-            }
-        } else if (c == ',' && depth == 1) {
-            result.commas.append(i);
-        }
-    }
-    if (i >= size || text[i] != ']') {
-        return std::nullopt;
-    }
-    result.close = i;
-    while (++i < size) {
-        if (!isJsonSpace(text[i])) {
+    for (const dom::element element : list) {
+        if (!element.is_object()) {
             return std::nullopt;
         }
     }
-    return result;
-}
-
-/// The elements between two separators, bracketed as a list of their own. An empty stretch
-/// (",," or "[,") would read as an empty list, so it is refused here: the whole text is invalid.
-std::optional<QJsonArray> parsePart(const QByteArray& json, qsizetype from, qsizetype to) {
-    const QByteArrayView elements(json.constData() + from, to - from);
-    if (std::all_of(elements.begin(), elements.end(), isJsonSpace)) {
-        return std::nullopt;
-    }
-    QByteArray part;
-    part.reserve(elements.size() + 2);
-    part.append('[').append(elements).append(']');
-    return parseList(part);
-}
-
-/// `work(k)` for every k below `count`, the first on this thread and the others beside it.
-template <typename Work>
-auto sideBySide(size_t count, const Work& work) {
-    std::vector<std::future<decltype(work(0))>> others;
-    for (size_t k = 1; k < count; ++k) {
-        others.push_back(std::async(std::launch::async, work, k));
-    }
-    std::vector<decltype(work(0))> results;
-    results.push_back(work(0));
-    for (auto& other : others) {
-        results.push_back(other.get());
-    }
-    return results;
-}
-
-}  // namespace
-
-std::optional<QList<Channel>> decodeChannelList(const QByteArray& json, int parts) {
-    if (parts <= 0) {
-        parts =
-            int(std::min<qsizetype>(QThread::idealThreadCount(), json.size() / kMinimumPartBytes));
-    }
-    const auto shape = parts > 1 ? outline(json) : std::nullopt;
-    if (!shape || shape->commas.isEmpty()) {
-        const auto list = parseList(json);
-        return list ? std::optional(decodeList(*list)) : std::nullopt;
-    }
-    // Cut at the first separator past each even share of the text.
-    std::vector<qsizetype> cuts{shape->open};
-    for (int k = 1; k < parts; ++k) {
-        const qsizetype target = shape->open + (shape->close - shape->open) * k / parts;
-        const auto comma = std::lower_bound(shape->commas.cbegin(), shape->commas.cend(), target);
-        if (comma != shape->commas.cend() && *comma > cuts.back()) {
-            cuts.push_back(*comma);
+    QList<Channel> channels;
+    channels.reserve(qsizetype(list.size()));
+    for (const dom::element element : list) {
+        if (auto channel =
+                EntityDecoding::decodeChannel(FastObject{element.get_object().value_unsafe()})) {
+            channels.append(std::move(*channel));
         }
-    }
-    cuts.push_back(shape->close);
-
-    // Every part is parsed and checked before any channel is decoded, as in a whole parse: a
-    // list with a stray non-object decodes nothing at all.
-    const auto lists = sideBySide(
-        cuts.size() - 1, [&](size_t k) { return parsePart(json, cuts[k] + 1, cuts[k + 1]); });
-    if (!std::all_of(lists.cbegin(), lists.cend(),
-                     [](const auto& list) { return list.has_value(); })) {
-        return std::nullopt;
-    }
-    auto decoded = sideBySide(lists.size(), [&](size_t k) { return decodeList(*lists[k]); });
-    QList<Channel> channels = std::move(decoded.front());
-    for (size_t k = 1; k < decoded.size(); ++k) {
-        channels.append(std::move(decoded[k]));
     }
     return channels;
 }

@@ -9,14 +9,15 @@
 
 namespace LumoraSDK {
 
-/// The channel list the API answers: a JSON array of channel objects, decoded in order, with
-/// Channel::fromJson's rules for each. Nothing when the text is not an array made only of
-/// objects.
+/// The channel list the API answers: a JSON array of channel objects, decoded in order with
+/// Channel::fromJson's rules. Nothing when the text is not an array made only of objects.
 ///
-/// A long list is cut at the commas between its elements and the parts decoded side by side,
-/// `parts` of them (0: as many as the list's size and the machine's cores make worthwhile). The
-/// result is the one decoding the text whole gives, for any text.
-LUMORASDK_EXPORT std::optional<QList<Channel>> decodeChannelList(const QByteArray& json,
-                                                                 int parts = 0);
+/// A feed of a thousand channels is over a megabyte, read on every reload: the text is read with
+/// simdjson, and only a text that reader refuses (or could read differently from QJsonDocument)
+/// goes the slow way, through QJsonDocument.
+LUMORASDK_EXPORT std::optional<QList<Channel>> decodeChannelList(const QByteArray& json);
+
+/// The same through QJsonDocument alone: what decodeChannelList answers, for every text.
+LUMORASDK_EXPORT std::optional<QList<Channel>> decodeChannelListWithQtJson(const QByteArray& json);
 
 }  // namespace LumoraSDK
