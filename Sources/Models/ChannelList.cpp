@@ -74,6 +74,7 @@ struct FastArray {
         }
         bool operator==(const Iterator& other) const { return !(at != other.at); }
     };
+    size_t size() const { return array.size(); }
     Iterator begin() const { return {array.begin()}; }
     Iterator end() const { return {array.end()}; }
 };

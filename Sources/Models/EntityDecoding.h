@@ -104,6 +104,7 @@ QList<Page> decodePages(const Value& value) {
         return {};
     }
     QList<Page> pages;
+    pages.reserve(qsizetype(list.size()));
     for (const auto& element : list) {
         if (auto page = decodePage(element.toObject())) {
             pages.append(std::move(*page));
