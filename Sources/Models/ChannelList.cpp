@@ -118,7 +118,7 @@ std::optional<QList<Channel>> decodeChannelList(const QByteArray& json) {
     dom::parser parser;
     dom::element root;
     // simdjson refuses some texts QJsonDocument reads (a byte-order mark, unpaired surrogate
-    // escapes, integers past 64 bits, invalid UTF-8 that Qt replaces); those take the slow way.
+    // escapes, integers past 64 bits, nesting past kMaximumDepth); those take the slow way.
     if (parser.allocate(size_t(json.size()), kMaximumDepth) != simdjson::SUCCESS ||
         parser.parse(json.constData(), size_t(json.size())).get(root) != simdjson::SUCCESS) {
         return decodeChannelListWithQtJson(json);
