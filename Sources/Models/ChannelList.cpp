@@ -95,23 +95,19 @@ void forEachMember(const FastObject& object, Visit visit) {
     }
 }
 
+// A channel from either reader's object.
+const auto decodeChannelObject = [](const auto& object) {
+    return EntityDecoding::decodeChannel(object);
+};
+
 }  // namespace
 
 std::optional<QList<Channel>> decodeChannelListWithQtJson(const QByteArray& json) {
     const QJsonDocument document = QJsonDocument::fromJson(json);
-    const QJsonArray list = document.array();
-    if (!document.isArray() ||
-        !std::all_of(list.begin(), list.end(), [](const QJsonValue& v) { return v.isObject(); })) {
+    if (!document.isArray()) {
         return std::nullopt;
     }
-    QList<Channel> channels;
-    channels.reserve(list.size());
-    for (const QJsonValue& value : list) {
-        if (auto channel = Channel::fromJson(value.toObject())) {
-            channels.append(std::move(*channel));
-        }
-    }
-    return channels;
+    return EntityDecoding::decodeObjects<Channel>(document.array(), decodeChannelObject);
 }
 
 std::optional<QList<Channel>> decodeChannelList(const QByteArray& json) {
@@ -127,20 +123,7 @@ std::optional<QList<Channel>> decodeChannelList(const QByteArray& json) {
     if (root.get_array().get(list) != simdjson::SUCCESS) {
         return std::nullopt;
     }
-    for (const dom::element element : list) {
-        if (!element.is_object()) {
-            return std::nullopt;
-        }
-    }
-    QList<Channel> channels;
-    channels.reserve(qsizetype(list.size()));
-    for (const dom::element element : list) {
-        if (auto channel =
-                EntityDecoding::decodeChannel(FastObject{element.get_object().value_unsafe()})) {
-            channels.append(std::move(*channel));
-        }
-    }
-    return channels;
+    return EntityDecoding::decodeObjects<Channel>(FastArray{list}, decodeChannelObject);
 }
 
 }  // namespace LumoraSDK

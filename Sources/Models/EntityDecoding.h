@@ -93,24 +93,32 @@ std::optional<Page> decodePage(const Object& object) {
     return page;
 }
 
+/// The entities a list made only of objects decodes to, in order, leaving out those that decode
+/// to nothing (empty objects); nothing at all when any element is not an object.
+template <typename Entity, typename List, typename Decode>
+std::optional<QList<Entity>> decodeObjects(const List& list, Decode decode) {
+    if (!std::all_of(list.begin(), list.end(), [](const auto& e) { return e.isObject(); })) {
+        return std::nullopt;
+    }
+    QList<Entity> entities;
+    entities.reserve(qsizetype(list.size()));
+    for (const auto& element : list) {
+        if (auto entity = decode(element.toObject())) {
+            entities.append(std::move(*entity));
+        }
+    }
+    return entities;
+}
+
 /// A value that is not a list made only of objects gives no pages at all.
 template <typename Value>
 QList<Page> decodePages(const Value& value) {
     if (!value.isArray()) {
         return {};
     }
-    const auto list = value.toArray();
-    if (!std::all_of(list.begin(), list.end(), [](const auto& e) { return e.isObject(); })) {
-        return {};
-    }
-    QList<Page> pages;
-    pages.reserve(qsizetype(list.size()));
-    for (const auto& element : list) {
-        if (auto page = decodePage(element.toObject())) {
-            pages.append(std::move(*page));
-        }
-    }
-    return pages;
+    return decodeObjects<Page>(value.toArray(),
+                               [](const auto& object) { return decodePage(object); })
+        .value_or(QList<Page>());
 }
 
 /// Sorts by "sortOrder", keeping delivered order among equals; stops the process for a
